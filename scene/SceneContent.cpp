@@ -65,7 +65,7 @@ CSceneEntity* CSceneContent::CreateEntity(uint32_t uType, int32_t iId)
 
 int32_t CSceneContent::AllocateId()
 {
-    m_iNextEntityId = std::max(m_iNextEntityId + 1, 1);
+    m_iNextEntityId = std::max(FollowingEntityId(m_iNextEntityId), 1);
     return m_iNextEntityId;
 }
 

@@ -77,8 +77,9 @@ void CGroupSceneEntity::SetTransform(const CMatrix44& mTransform)
     CMatrix44 mDelta = mInverseOld * mNew;
     for (int32_t iId : m_members)
     {
+        // A file may list a group among the members; groups do not nest, so it stays put.
         CSceneEntity* pMember = m_pScene ? m_pScene->FindById(iId) : nullptr;
-        if (!pMember)
+        if (!pMember || pMember->GetType() == ENTITY_GROUP)
         {
             continue;
         }
@@ -101,7 +102,7 @@ void CGroupSceneEntity::GetBoundingBox(CBox3& box) const
     for (int32_t iId : m_members)
     {
         CSceneEntity* pMember = m_pScene ? m_pScene->FindById(iId) : nullptr;
-        if (!pMember || pMember == this)
+        if (!pMember || pMember->GetType() == ENTITY_GROUP)
         {
             continue;
         }

@@ -116,7 +116,7 @@ bool CSceneContent::ParseEntities(CIOStream& stream, CParse& parse) const
             return parse.Fail(i, uType, "entity %d has the unknown type code 0x%x", i, uType);
         }
         // As CreateEntity(type, 0) would: the entity takes an id before its record names one.
-        parse.iNextId = std::max(parse.iNextId + 1, 1);
+        parse.iNextId = std::max(FollowingEntityId(parse.iNextId), 1);
         int32_t iFreshId = parse.iNextId;
         pEntity->SetId(iFreshId);
         parse.entities.push_back(pEntity);
@@ -134,7 +134,7 @@ bool CSceneContent::ParseEntities(CIOStream& stream, CParse& parse) const
         }
         else if (parse.iNextId <= pEntity->GetId())
         {
-            parse.iNextId = pEntity->GetId() + 1;
+            parse.iNextId = FollowingEntityId(pEntity->GetId());
         }
         if (uType == ENTITY_ENVIRONMENT && !parse.bImport)
         {

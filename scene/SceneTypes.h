@@ -104,6 +104,13 @@ enum : int32_t
     LIGHT_GROUP_THIRD = 4,
 };
 
+// The id after iId. Ids wrap past the largest 32-bit value, as the game's counter does; id
+// allocation then clamps to at least 1.
+inline int32_t FollowingEntityId(int32_t iId)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(iId) + 1u);
+}
+
 // The 64-bit mask of one layer: bit L, none for L outside 0..63.
 inline uint64_t LayerBit(int32_t iLayer)
 {

@@ -285,6 +285,29 @@ TEST(SceneGroup, MovingTheGroupMovesItsMembersAndTheBoxIsTheirUnion)
     EXPECT_NEAR(Length(m.Row(0)), 2.0f, 1e-5f);
 }
 
+TEST(SceneGroup, GroupsListedAsMembersByAFileStayPut)
+{
+    CSceneContent scene;
+    auto* pGroupA = Make<CGroupSceneEntity>(scene, ENTITY_GROUP);
+    auto* pGroupB = Make<CGroupSceneEntity>(scene, ENTITY_GROUP);
+    auto* pLocator = Make<CLocatorSceneEntity>(scene, ENTITY_LOCATOR);
+    // Groups do not nest, but a file may say they do, even in a circle.
+    pGroupA->SetMembers({pGroupA->GetId(), pGroupB->GetId(), pLocator->GetId()});
+    pGroupB->SetMembers({pGroupA->GetId()});
+    CBox3 box;
+    pGroupA->GetBoundingBox(box);
+    CBox3 locatorBox;
+    pLocator->GetBoundingBox(locatorBox);
+    EXPECT_EQ(box, locatorBox);
+    pGroupA->SetTransform(At(1, 0, 0));
+    pGroupB->SetTransform(At(0, 1, 0));
+    CMatrix44 m;
+    pLocator->GetTransform(m);
+    EXPECT_EQ(m.GetTranslation(), (CVec3{1, 0, 0}));
+    pGroupB->GetTransform(m);
+    EXPECT_EQ(m.GetTranslation(), (CVec3{0, 1, 0}));
+}
+
 TEST(SceneEntity, HitBoxesOfCamerasFxAndMarkers)
 {
     CSceneContent scene;

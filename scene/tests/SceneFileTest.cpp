@@ -542,6 +542,16 @@ TEST(SceneFile, IdsOfTheFileRaiseNextEntityId)
     EXPECT_EQ(scene.FindById(9), scene.GetEntity(1));
     EXPECT_EQ(scene.FindById(0), nullptr);
     EXPECT_EQ(scene.CreateEntity(0x80000000u, 0), nullptr);
+
+    // The largest id wraps the counter; allocation starts again at 1.
+    CSceneBytes last(false);
+    WriteHeader(last, 102, {}, {});
+    last.RawI32(1).RawU32(ENTITY_LOCATOR);
+    WriteBase(last, "L", INT32_MAX, 0, 0);
+    WriteLocator(last, 102);
+    ASSERT_TRUE(ReadScene(last.data, scene));
+    EXPECT_EQ(scene.GetNextEntityId(), INT32_MIN);
+    EXPECT_EQ(scene.AllocateId(), 1);
 }
 
 TEST(SceneFile, TheFirstEnvironmentRulesUnlessItsVtlTwinShowsInTheGame)
