@@ -114,8 +114,9 @@ public:
     // --- the `.scene` file
     // Replaces the content with the file's. On failure (wrong magic, a version above 102, a
     // short read, an unknown type, a failed entity) returns false and leaves the content as
-    // it was; pError says where.
-    bool Read(CIOStream& stream, CSceneReadError* pError = nullptr);
+    // it was; pError says where. bAsync lets textures and meshes arrive later: entities that
+    // still load wait in GetPending() instead of getting OnLoaded.
+    bool Read(CIOStream& stream, CSceneReadError* pError = nullptr, bool bAsync = false);
     // Writes every entity in list order, with both tables, in the file's byte order.
     bool Write(CIOStream& stream) const;
     // Writes the given entities; without tables the two table slots hold zero counts.
@@ -132,7 +133,7 @@ public:
 
 private:
     struct CParse;
-    bool ParseHeader(CIOStream& stream, CParse& parse, bool bImport) const;
+    bool ParseHeader(CIOStream& stream, CParse& parse) const;
     bool ParseEntities(CIOStream& stream, CParse& parse) const;
     void Commit(CParse& parse);
     void RebuildIndex() const;

@@ -17,6 +17,7 @@ namespace Ovrel
 struct CSceneContent::CParse
 {
     bool bImport = false;
+    bool bAsync = false;
     CSceneReadError* pError = nullptr;
     int32_t iVersion = 0;
     CBox3 box;
@@ -62,7 +63,7 @@ void CSceneContent::CParse::Discard(Kestrin::Renderer::CTextureManager* pTexture
     colorLightMaps.Release(pTextures);
 }
 
-bool CSceneContent::ParseHeader(CIOStream& stream, CParse& parse, bool bImport) const
+bool CSceneContent::ParseHeader(CIOStream& stream, CParse& parse) const
 {
     if (!stream.CheckMagic(TAG_SCENE))
     {
@@ -82,13 +83,13 @@ bool CSceneContent::ParseHeader(CIOStream& stream, CParse& parse, bool bImport) 
         return parse.Fail(-1, 0, "the file ends in the header");
     }
     // The import reader skips the tables: lightmaps belong to the scene imported into.
-    Kestrin::Renderer::CTextureManager* pTextures = bImport ? nullptr : m_pTextures;
+    Kestrin::Renderer::CTextureManager* pTextures = parse.bImport ? nullptr : m_pTextures;
     CSceneRecordIO io(stream, true);
-    if (parse.iVersion >= 101 && !parse.lightMaps.Read(io, pTextures, false, false))
+    if (parse.iVersion >= 101 && !parse.lightMaps.Read(io, pTextures, false, parse.bAsync))
     {
         return parse.Fail(-1, 0, "the lightmap table is cut short or has a negative count");
     }
-    if (parse.iVersion >= 102 && !parse.colorLightMaps.Read(io, pTextures, true, false))
+    if (parse.iVersion >= 102 && !parse.colorLightMaps.Read(io, pTextures, true, parse.bAsync))
     {
         return parse.Fail(-1, 0, "the colour lightmap table is cut short or has a negative count");
     }
@@ -120,7 +121,7 @@ bool CSceneContent::ParseEntities(CIOStream& stream, CParse& parse) const
         int32_t iFreshId = parse.iNextId;
         pEntity->SetId(iFreshId);
         parse.entities.push_back(pEntity);
-        if (!pEntity->Load(stream, false))
+        if (!pEntity->Load(stream, parse.bAsync))
         {
             return parse.Fail(i, uType,
                               "entity %d (type 0x%x) cannot be read: cut short, wrong tag or newer version",
@@ -172,13 +173,14 @@ void CSceneContent::Commit(CParse& parse)
     }
 }
 
-bool CSceneContent::Read(CIOStream& stream, CSceneReadError* pError)
+bool CSceneContent::Read(CIOStream& stream, CSceneReadError* pError, bool bAsync)
 {
     CParse parse;
     parse.pError = pError;
+    parse.bAsync = bAsync;
     bool bNeedsResave = m_bNeedsResave;
     m_bNeedsResave = false;
-    if (!ParseHeader(stream, parse, false) || !ParseEntities(stream, parse))
+    if (!ParseHeader(stream, parse) || !ParseEntities(stream, parse))
     {
         parse.Discard(m_pTextures);
         m_bNeedsResave = bNeedsResave;
@@ -197,7 +199,7 @@ bool CSceneContent::ReadImport(CIOStream& stream, std::vector<CSceneEntity*>& im
     parse.bImport = true;
     parse.pError = pError;
     parse.iNextId = m_iNextEntityId;
-    if (!ParseHeader(stream, parse, true) || !ParseEntities(stream, parse))
+    if (!ParseHeader(stream, parse) || !ParseEntities(stream, parse))
     {
         parse.Discard(nullptr);
         m_bIndexDirty = true;

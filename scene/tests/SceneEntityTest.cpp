@@ -479,6 +479,35 @@ TEST(SceneEntity, AMeshHandsEveryValueToItsRenderObject)
     EXPECT_TRUE(object.bReleased);
 }
 
+TEST(SceneEntity, LoadedMeshesTakeTheirLightMapsAndLoadingOnesWait)
+{
+    CFullScene full = BuildFullScene(false);
+    for (bool bLoading : {false, true})
+    {
+        CFakeRenderWorld world;
+        world.bNewMeshesLoading = bLoading;
+        CSceneContent scene;
+        scene.SetServices(&world, nullptr, nullptr, nullptr, nullptr, false);
+        Kestrin::Utility::CMemoryStream stream(full.bytes.data(), static_cast<int32_t>(full.bytes.size()));
+        ASSERT_TRUE(scene.Read(stream, nullptr, bLoading));
+        CFakeRenderObject& rock = *world.meshes[0];
+        auto* pRock = static_cast<CStaticMeshSceneEntity*>(scene.GetEntity(1));
+        if (bLoading)
+        {
+            EXPECT_EQ(scene.GetPending().size(), 2u);
+            EXPECT_EQ(rock.iLightMapCalls, 0);
+        }
+        else
+        {
+            EXPECT_TRUE(scene.GetPending().empty());
+            EXPECT_EQ(rock.iLightMapCalls, 1);
+            EXPECT_EQ(rock.vScale, (CVec2{0.25f, 0.5f}));
+        }
+        EXPECT_EQ(pRock->GetLightMapIndex(), 0);
+        EXPECT_EQ(pRock->GetColorLightMapIndex(), 0);
+    }
+}
+
 TEST(SceneEntity, ApplyLightMapChecksThatTheEntryIsTheEntitys)
 {
     CFakeRenderWorld world;

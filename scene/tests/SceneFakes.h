@@ -124,6 +124,7 @@ public:
             return nullptr;
         }
         meshes.push_back(std::make_unique<CFakeRenderObject>(strFile));
+        meshes.back()->bLoading = bNewMeshesLoading;
         return meshes.back().get();
     }
     Ext::CBaseRenderLight* CreateLight() override
@@ -139,6 +140,7 @@ public:
         return zones.back().get();
     }
 
+    bool bNewMeshesLoading = false;
     std::vector<std::unique_ptr<CFakeRenderObject>> meshes;
     std::vector<std::unique_ptr<CFakeLight>> lights;
     std::vector<std::unique_ptr<CFakeZone>> zones;
