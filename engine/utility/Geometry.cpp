@@ -80,6 +80,15 @@ bool IntersectRayBoxInterval(const CRay& ray, const CBox3& box, float& outNear, 
 bool IntersectRayBoxInterval(const CRay& ray, const COrientedBox& box, float& outNear, float& outFar)
 {
     CVec3 vRel = ray.vStart - box.vCenter;
+    // Most rays miss most boxes: reject on the enclosing sphere before turning into the box's
+    // frame. The sphere is grown a little so that rounding never rejects a grazing hit.
+    float fRadiusSq = LengthSq(box.vHalf) * 1.0001f + 1e-12f;
+    float b = Dot(vRel, ray.vDir);
+    float c = Dot(vRel, vRel) - fRadiusSq;
+    if (c > 0.0f && (b > 0.0f || b * b < LengthSq(ray.vDir) * c))
+    {
+        return false;
+    }
     float tNear = -1e30f, tFar = 1e30f;
     for (int i = 0; i < 3; ++i)
     {

@@ -101,6 +101,22 @@ TEST(Geometry, RayOrientedBoxTurnsWithItsAxes)
     EXPECT_NEAR(t, 9.5f, 1e-5f);
 }
 
+TEST(Geometry, RayTouchingACornerHits)
+{
+    // The line's nearest point to the centre is the corner (1, 1, 1): the box's enclosing
+    // sphere is only touched, and the quick rejection must still let it through.
+    CRay ray{{11, -9, 1}, {-1, 1, 0}};
+    COrientedBox box;
+    box.vHalf = {1, 1, 1};
+    float t = 0.0f;
+    ASSERT_TRUE(IntersectRayBox(ray, box, t));
+    EXPECT_FLOAT_EQ(t, 10.0f);
+    ASSERT_TRUE(IntersectRayBox(ray, CBox3{{-1, -1, -1}, {1, 1, 1}}, t));
+    EXPECT_FLOAT_EQ(t, 10.0f);
+    // Moving away from a box it has passed.
+    EXPECT_FALSE(IntersectRayBox({{11, -9, 1}, {1, -1, 0}}, box, t));
+}
+
 TEST(Geometry, RayOrientedBoxAgreesWithTheBoxInItsOwnFrame)
 {
     std::mt19937 rng(7);
