@@ -135,6 +135,8 @@ public:
     float GetFrameDelta() const { return m_fFrameDelta; }
     const Kestrin::Utility::CVec2& GetEasedMouse() const { return m_vMouse; }
     float GetEasedWheel() const { return m_fEasedWheel; }
+    // This frame's wheel as it came in, in notches.
+    float GetWheel() const { return m_fWheel; }
     CCameraShake& GetShake() { return m_effect; }
 
 private:

@@ -171,6 +171,7 @@ TEST(EditorCamera, EasedInputAndPresses)
     EXPECT_FLOAT_EQ(camera.GetEasedMouse().x, 5.0f);
     EXPECT_FLOAT_EQ(camera.GetEasedMouse().y, -10.0f);
     EXPECT_FLOAT_EQ(camera.GetEasedWheel(), 1.0f / 3.0f);
+    EXPECT_EQ(camera.GetWheel(), 1.0f);
     camera.Update(1.0f / 60.0f, s);
     EXPECT_FLOAT_EQ(camera.GetEasedMouse().x, 7.5f);
     // A press starts from rest.
