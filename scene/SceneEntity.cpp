@@ -66,7 +66,7 @@ bool CSceneEntity::HitTestExact(const CVec3&, const CVec3&, float&)
 
 void CSceneEntity::Update(float, float) {}
 
-void CSceneEntity::DrawEditor(Kestrin::Plotter::CPlotter3D*, Kestrin::Plotter::CPlotter2D*) {}
+void CSceneEntity::DrawEditor(Kestrin::Plotter::IPlotter3D*, Kestrin::Plotter::IPlotter2D*) {}
 
 void CSceneEntity::SetVisible(bool bVisible)
 {

@@ -11,17 +11,12 @@
 #include "scene/SceneRecordIO.h"
 #include "scene/SceneTypes.h"
 
+#include "engine/renderer/Plotter.h"
 #include "engine/utility/IOStream.h"
 #include "engine/utility/Math.h"
 
 #include <cstdint>
 #include <string>
-
-namespace Kestrin::Plotter
-{
-class CPlotter3D;
-class CPlotter2D;
-} // namespace Kestrin::Plotter
 
 namespace Ovrel
 {
@@ -78,8 +73,8 @@ public:
     virtual bool HitTest(const CVec3& vStart, const CVec3& vDirection, float& fDistance);
     virtual bool HitTestExact(const CVec3& vStart, const CVec3& vDirection, float& fDistance);
     virtual void Update(float fTime, float fDelta);
-    virtual void DrawEditor(Kestrin::Plotter::CPlotter3D* pPlotter3D,
-                            Kestrin::Plotter::CPlotter2D* pPlotter2D);
+    virtual void DrawEditor(Kestrin::Plotter::IPlotter3D* pPlotter3D,
+                            Kestrin::Plotter::IPlotter2D* pPlotter2D);
     virtual void SetVisible(bool bVisible);
     virtual bool IsVisible() const;
     // Layers 0 to 63; an entity on another layer passes no layer mask.

@@ -1,8 +1,8 @@
 #include "scene/SceneGeometry.h"
 
-#include <cmath>
+#include "engine/utility/Geometry.h"
+
 #include <cstring>
-#include <limits>
 
 namespace Ovrel
 {
@@ -17,45 +17,30 @@ CBox3 SceneEmptyBox()
 bool RayHitsOrientedBox(const CMatrix44& mWorld, const CVec3& vHalf, const CVec3& vStart,
                         const CVec3& vDirection, bool bInsideHits, float& fDistance)
 {
-    CMatrix44 mInverse;
-    if (!Inverse(mWorld, mInverse))
-    {
-        return false;
-    }
-    // The map to box space is affine, so the ray parameter is the same on both sides.
-    CVec3 vOrigin = TransformPoint(vStart, mInverse);
-    CVec3 vDir = TransformDirection(vDirection, mInverse);
-    float fNear = -std::numeric_limits<float>::infinity();
-    float fFar = std::numeric_limits<float>::infinity();
+    // The matrix's axes carry the box's scale: the box has unit axes and scaled half sizes.
+    COrientedBox box;
+    box.vCenter = mWorld.GetTranslation();
     for (int i = 0; i < 3; ++i)
     {
-        if (std::fabs(vDir[i]) < 1e-12f)
-        {
-            if (vOrigin[i] < -vHalf[i] || vOrigin[i] > vHalf[i])
-            {
-                return false;
-            }
-            continue;
-        }
-        float t1 = (-vHalf[i] - vOrigin[i]) / vDir[i];
-        float t2 = (vHalf[i] - vOrigin[i]) / vDir[i];
-        fNear = std::fmax(fNear, std::fmin(t1, t2));
-        fFar = std::fmin(fFar, std::fmax(t1, t2));
-    }
-    if (fFar < fNear || fFar < 0.0f)
-    {
-        return false;
-    }
-    if (fNear < 0.0f)
-    {
-        if (!bInsideHits)
+        CVec3 vAxis = mWorld.Row(i);
+        float fLength = Length(vAxis);
+        if (fLength <= 0.0f)
         {
             return false;
         }
-        fDistance = 0.0f;
-        return true;
+        box.vAxis[i] = vAxis / fLength;
+        box.vHalf[i] = vHalf[i] * fLength;
     }
-    fDistance = fNear;
+    float fNear = 0.0f, fFar = 0.0f;
+    if (!IntersectRayBoxInterval(CRay{vStart, vDirection}, box, fNear, fFar))
+    {
+        return false;
+    }
+    if (fNear < 0.0f && !bInsideHits)
+    {
+        return false;
+    }
+    fDistance = fNear < 0.0f ? 0.0f : fNear;
     return true;
 }
 

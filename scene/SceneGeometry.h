@@ -13,9 +13,10 @@ using Kestrin::Utility::CVec3;
 // The engine's empty box: minimum 1e10, maximum -1e10 in each axis.
 CBox3 SceneEmptyBox();
 
-// Ray against the box of half size vHalf centred on mWorld's origin, in mWorld's axes (scale
-// included). The distance is along vDirection in world units. A ray starting inside hits at
-// distance 0 when bInsideHits, and misses otherwise. A singular matrix never hits.
+// Ray against the box of half size vHalf centred on mWorld's origin, along mWorld's axes,
+// each half size scaled by its axis's length. The distance is in units of vDirection's length.
+// A ray starting inside hits at distance 0 when bInsideHits, and misses otherwise. A matrix
+// with a zero axis never hits.
 bool RayHitsOrientedBox(const CMatrix44& mWorld, const CVec3& vHalf, const CVec3& vStart,
                         const CVec3& vDirection, bool bInsideHits, float& fDistance);
 // The world box of that oriented box.
