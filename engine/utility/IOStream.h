@@ -4,9 +4,12 @@
 // swapBytes is a public flag: a format's reader sets or flips it after looking at the file's
 // magic (CheckMagic), and it stays for the rest of the stream, writes included.
 //
-// Typed reads go through a temporary: a short read leaves the target as it was and returns
-// false. Formats guard themselves by tags, versions and counts; the bool lets a reader stop at
-// the first short read instead of going on with stale values.
+// A typed read of a value (up to 64 bytes) is all or nothing: a short read leaves the target
+// as it was and returns false. Formats guard themselves by tags, versions and counts; the
+// bool lets a reader stop at the first short read instead of going on with stale values.
+//
+// The memory streams expose their bytes as direct windows, so typed operations on them are
+// inline copies with no virtual call; long swapped arrays use vector instructions.
 #pragma once
 
 #include "engine/utility/Math.h"
