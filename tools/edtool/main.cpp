@@ -4,9 +4,12 @@
 #include <cstdio>
 #include <cstring>
 
+int DaeMain(int argc, char** argv); // Dae.cpp
+
 namespace
 {
 const EdToolCommand g_aCommands[] = {
+    {"dae", "edtool dae info FILE\nedtool dae resave IN OUT", DaeMain},
     {nullptr, nullptr, nullptr},
 };
 
