@@ -18,15 +18,24 @@ const struct
     const char* pcText;
     TargetKind eKind;
 } s_aTargetForms[] = {
-    {"transform", TargetKind::Transform},        {"transform(3)(0)", TargetKind::TransformRow0},
-    {"transform(3)(1)", TargetKind::TransformRow1}, {"transform(3)(2)", TargetKind::TransformRow2},
-    {"translate.X", TargetKind::TranslateX},     {"translate.Y", TargetKind::TranslateY},
-    {"translate.Z", TargetKind::TranslateZ},     {"trans.X", TargetKind::TransX},
-    {"trans.Y", TargetKind::TransY},             {"trans.Z", TargetKind::TransZ},
-    {"RotX.ANGLE", TargetKind::RotX},            {"RotY.ANGLE", TargetKind::RotY},
-    {"RotZ.ANGLE", TargetKind::RotZ},            {"rotateX.ANGLE", TargetKind::RotateX},
-    {"rotateY.ANGLE", TargetKind::RotateY},      {"rotateZ.ANGLE", TargetKind::RotateZ},
-    {"translation", TargetKind::Translation},    {"translate", TargetKind::Translate},
+    {"transform", TargetKind::Transform},
+    {"transform(3)(0)", TargetKind::TransformRow0},
+    {"transform(3)(1)", TargetKind::TransformRow1},
+    {"transform(3)(2)", TargetKind::TransformRow2},
+    {"translate.X", TargetKind::TranslateX},
+    {"translate.Y", TargetKind::TranslateY},
+    {"translate.Z", TargetKind::TranslateZ},
+    {"trans.X", TargetKind::TransX},
+    {"trans.Y", TargetKind::TransY},
+    {"trans.Z", TargetKind::TransZ},
+    {"RotX.ANGLE", TargetKind::RotX},
+    {"RotY.ANGLE", TargetKind::RotY},
+    {"RotZ.ANGLE", TargetKind::RotZ},
+    {"rotateX.ANGLE", TargetKind::RotateX},
+    {"rotateY.ANGLE", TargetKind::RotateY},
+    {"rotateZ.ANGLE", TargetKind::RotateZ},
+    {"translation", TargetKind::Translation},
+    {"translate", TargetKind::Translate},
     {"scale", TargetKind::Scale},
 };
 

@@ -68,14 +68,15 @@ bool CColladaFile::Read(const char* pcPath)
     if (!pcPath || !file.Open(pcPath, GUtFile::MODE_ALWAYS | GUtFile::MODE_BINARY | GUtFile::MODE_READ, true))
     {
         m_strError = "cannot open the file";
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcPath ? pcPath : "(null)", m_strError.c_str());
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcPath ? pcPath : "(null)",
+                                 m_strError.c_str());
         return false;
     }
     int64_t iSize = file.Size();
     if (iSize > MAX_FILE_SIZE)
     {
         m_strError = "the file is larger than 1 GiB";
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcPath, m_strError.c_str());
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcPath, m_strError.c_str());
         return false;
     }
     // The bytes go straight into a buffer the document takes over and parses in place.
@@ -97,15 +98,16 @@ bool CColladaFile::Read(const char* pcPath)
     {
         pugi::get_memory_deallocation_function()(pBuffer);
         m_strError = "cannot read the file";
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcPath, m_strError.c_str());
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcPath, m_strError.c_str());
         return false;
     }
     pugi::xml_parse_result result =
         loaded.m_document.load_buffer_inplace_own(pBuffer, uSize, PARSE_FLAGS, pugi::encoding_auto);
     if (!result)
     {
-        m_strError = std::string("not XML: ") + result.description() + " at byte " + std::to_string(result.offset);
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcPath, m_strError.c_str());
+        m_strError =
+            std::string("not XML: ") + result.description() + " at byte " + std::to_string(result.offset);
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcPath, m_strError.c_str());
         return false;
     }
     if (!loaded._ReadDocument(pcPath))
@@ -120,11 +122,13 @@ bool CColladaFile::Read(const char* pcPath)
 bool CColladaFile::ReadMemory(const void* pData, size_t uSize)
 {
     CColladaFile loaded;
-    pugi::xml_parse_result result = loaded.m_document.load_buffer(pData, uSize, PARSE_FLAGS, pugi::encoding_auto);
+    pugi::xml_parse_result result =
+        loaded.m_document.load_buffer(pData, uSize, PARSE_FLAGS, pugi::encoding_auto);
     if (!result)
     {
-        m_strError = std::string("not XML: ") + result.description() + " at byte " + std::to_string(result.offset);
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", "(memory)", m_strError.c_str());
+        m_strError =
+            std::string("not XML: ") + result.description() + " at byte " + std::to_string(result.offset);
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", "(memory)", m_strError.c_str());
         return false;
     }
     if (!loaded._ReadDocument("(memory)"))
@@ -153,7 +157,7 @@ bool CColladaFile::_ReadDocument(const char* pcName)
         }
         m_strError = reader.Error();
     }
-    GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcName, m_strError.c_str());
+    GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcName, m_strError.c_str());
     return false;
 }
 
@@ -208,7 +212,8 @@ const CColladaFile::Input* CColladaFile::Primitive::FindInput(Semantic eSemantic
             apFound[uFound++] = &input;
         }
     }
-    std::stable_sort(apFound, apFound + uFound, [](const Input* a, const Input* b) { return a->iSet < b->iSet; });
+    std::stable_sort(apFound, apFound + uFound,
+                     [](const Input* a, const Input* b) { return a->iSet < b->iSet; });
     return uNth < uFound ? apFound[uNth] : nullptr;
 }
 

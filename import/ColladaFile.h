@@ -304,7 +304,7 @@ public:
         CMatrix44 WorldMatrix() const;
 
         std::string id, sid, name, type = "NODE";
-        std::string strUserProperties; // extra/technique/user_properties
+        std::string strUserProperties;      // extra/technique/user_properties
         std::vector<Transform> aTransforms; // in document order
         CMatrix44 mTransform;               // aTransforms composed
         Node* pParent = nullptr;
@@ -317,36 +317,36 @@ public:
     // The target forms exporters write after "<node id>/".
     enum class TargetKind : uint8_t
     {
-        Transform,      // "transform": the whole matrix
-        TransformRow0,  // "transform(3)(0)": translation x of the matrix
-        TransformRow1,  // "transform(3)(1)"
-        TransformRow2,  // "transform(3)(2)"
-        TranslateX,     // "translate.X"
-        TranslateY,     // "translate.Y"
-        TranslateZ,     // "translate.Z"
-        TransX,         // "trans.X"
-        TransY,         // "trans.Y"
-        TransZ,         // "trans.Z"
-        RotX,           // "RotX.ANGLE"
-        RotY,           // "RotY.ANGLE"
-        RotZ,           // "RotZ.ANGLE"
-        RotateX,        // "rotateX.ANGLE"
-        RotateY,        // "rotateY.ANGLE"
-        RotateZ,        // "rotateZ.ANGLE"
-        Translation,    // "translation": x y z
-        Translate,      // "translate": x y z
-        Scale,          // "scale": x y z
-        Other,          // any other text; still applied by sid and member where it names one
+        Transform,     // "transform": the whole matrix
+        TransformRow0, // "transform(3)(0)": translation x of the matrix
+        TransformRow1, // "transform(3)(1)"
+        TransformRow2, // "transform(3)(2)"
+        TranslateX,    // "translate.X"
+        TranslateY,    // "translate.Y"
+        TranslateZ,    // "translate.Z"
+        TransX,        // "trans.X"
+        TransY,        // "trans.Y"
+        TransZ,        // "trans.Z"
+        RotX,          // "RotX.ANGLE"
+        RotY,          // "RotY.ANGLE"
+        RotZ,          // "RotZ.ANGLE"
+        RotateX,       // "rotateX.ANGLE"
+        RotateY,       // "rotateY.ANGLE"
+        RotateZ,       // "rotateZ.ANGLE"
+        Translation,   // "translation": x y z
+        Translate,     // "translate": x y z
+        Scale,         // "scale": x y z
+        Other,         // any other text; still applied by sid and member where it names one
     };
 
     struct Channel
     {
         std::string strTarget; // as written
         TargetKind eKind = TargetKind::Other;
-        std::string strSid;    // the transform element the target names
-        std::string strMember; // "X", "ANGLE", "(3)(0)", or empty for the whole element
-        Node* pNode = nullptr; // null when the target is not a node of the scene
-        int32_t iAnimation = -1; // the top-level animation it was read under
+        std::string strSid;          // the transform element the target names
+        std::string strMember;       // "X", "ANGLE", "(3)(0)", or empty for the whole element
+        Node* pNode = nullptr;       // null when the target is not a node of the scene
+        int32_t iAnimation = -1;     // the top-level animation it was read under
         std::vector<float> afTimes;  // seconds, "AnimStart=" already subtracted
         std::vector<float> afValues; // afTimes.size() * uStride
         uint32_t uStride = 1;

@@ -16,6 +16,8 @@ using namespace ColladaText;
 namespace
 {
 constexpr size_t MAX_WARNINGS = 200;
+// Counts in a document only reserve memory up to this; longer lists grow as they are read.
+constexpr size_t MAX_RESERVE = size_t(1) << 22;
 
 // The numbers one element of an accessor takes by its params, for accessors that leave out
 // `stride` (a single float4x4 param is a whole matrix).
@@ -25,7 +27,10 @@ uint32_t ParamWidth(pugi::xml_node accessor)
     for (pugi::xml_node param : accessor.children("param"))
     {
         std::string_view type = param.attribute("type").value();
-        uWidth += type == "float4x4" ? 16 : type == "float3x3" ? 9 : type == "float4" ? 4 : type == "float3" ? 3
+        uWidth += type == "float4x4"   ? 16
+                  : type == "float3x3" ? 9
+                  : type == "float4"   ? 4
+                  : type == "float3"   ? 3
                   : type == "float2"   ? 2
                                        : 1;
     }
@@ -126,7 +131,7 @@ bool CColladaReader::ReadFloatChild(pugi::xml_node parent, const char* pcName, f
 bool CColladaReader::ReadFloatList(pugi::xml_node node, float* pfOut, uint32_t uCount, const char* pcWhat)
 {
     std::vector<float> af;
-    if (!ParseFloats(Text(node), af) || af.size() != uCount)
+    if (!ParseFloats(CText(node), af) || af.size() != uCount)
     {
         return Fail("%s: <%s> needs %u numbers", pcWhat, node.name(), uCount);
     }
@@ -145,23 +150,23 @@ bool CColladaReader::ReadFloatSource(pugi::xml_node source, CColladaFile::Source
     std::vector<float> af;
     if (array)
     {
-        std::string_view text = Text(array);
         uint32_t uDeclared = 0;
         if (!AttrUInt(array, "count", uDeclared, 0))
         {
             return false;
         }
-        // The declared count is only a hint for the reservation: the text bounds it.
-        af.reserve(std::min<size_t>(uDeclared, text.size() / 2 + 1));
+        // The declared count is only a hint for the reservation.
+        af.reserve(std::min<size_t>(uDeclared, MAX_RESERVE));
         const char* pBad = nullptr;
-        if (!ParseFloats(text, af, &pBad))
+        if (!ParseFloats(CText(array), af, &pBad))
         {
-            return Fail("source '%s': <%s> holds \"%.20s\", not a number", out.id.c_str(), array.name(), pBad);
+            return Fail("source '%s': <%s> holds \"%.20s\", not a number", out.id.c_str(), array.name(),
+                        pBad);
         }
         if (array.attribute("count") && af.size() != uDeclared)
         {
-            return Fail("source '%s': <%s> count %u disagrees with its %zu numbers", out.id.c_str(), array.name(),
-                        uDeclared, af.size());
+            return Fail("source '%s': <%s> count %u disagrees with its %zu numbers", out.id.c_str(),
+                        array.name(), uDeclared, af.size());
         }
     }
     pugi::xml_node accessor = source.child("technique_common").child("accessor");
@@ -174,8 +179,8 @@ bool CColladaReader::ReadFloatSource(pugi::xml_node source, CColladaFile::Source
     }
     if (uStride == 0 || uint64_t(uOffset) + uint64_t(uCount) * uStride > af.size())
     {
-        return Fail("source '%s': accessor of %u elements of stride %u reads past its %zu numbers", out.id.c_str(),
-                    uCount, uStride, af.size());
+        return Fail("source '%s': accessor of %u elements of stride %u reads past its %zu numbers",
+                    out.id.c_str(), uCount, uStride, af.size());
     }
     out.uCount = uCount;
     out.uStride = uStride;
@@ -203,9 +208,9 @@ bool CColladaReader::Read(pugi::xml_node collada)
     }
     ReadMaterials(collada.child("library_materials"));
     return ReadGeometries(collada.child("library_geometries")) &&
-           ReadControllers(collada.child("library_controllers")) && ReadLights(collada.child("library_lights")) &&
-           ReadCameras(collada.child("library_cameras")) && ReadScene(collada) &&
-           ReadAnimations(collada.child("library_animations")) &&
+           ReadControllers(collada.child("library_controllers")) &&
+           ReadLights(collada.child("library_lights")) && ReadCameras(collada.child("library_cameras")) &&
+           ReadScene(collada) && ReadAnimations(collada.child("library_animations")) &&
            (ReadAnimationClips(collada.child("library_animation_clips")), true);
 }
 
@@ -339,7 +344,7 @@ bool CColladaReader::ReadLight(pugi::xml_node element, CColladaFile::Light& out)
         if (pugi::xml_node color = kind.child("color"))
         {
             std::vector<float> af;
-            if (!ParseFloats(Text(color), af) || af.size() < 3)
+            if (!ParseFloats(CText(color), af) || af.size() < 3)
             {
                 return Fail("light '%s': <color> needs 3 numbers", out.id.c_str());
             }
@@ -372,7 +377,8 @@ void CColladaReader::ReadLightExtras(pugi::xml_node element, CColladaFile::Light
     {
         aTechniques.push_back(technique);
     }
-    auto read = [&](const char* pcName, std::optional<float>& fOut) {
+    auto read = [&](const char* pcName, std::optional<float>& fOut)
+    {
         for (pugi::xml_node technique : aTechniques)
         {
             float f = 0.0f;

@@ -30,6 +30,8 @@ public:
     // with no '#' is taken as an id.
     static std::string_view UrlId(std::string_view strUrl);
     static std::string_view Text(pugi::xml_node node);
+    // The same, NUL-terminated, for the list parsers (no length is taken first).
+    static const char* CText(pugi::xml_node node) { return node.child_value(); }
     // An unsigned attribute: uDefault when absent, false when not a number in 0..uMax.
     bool AttrUInt(pugi::xml_node node, const char* pcName, uint32_t& uOut, uint32_t uDefault,
                   uint32_t uMax = 0xffffffffu);
@@ -92,7 +94,8 @@ private:
     bool CheckInstanceCycles();
 
     // Animation.
-    bool ReadAnimation(pugi::xml_node element, int32_t iAnimation, CColladaFile::Animation& out, uint32_t uDepth);
+    bool ReadAnimation(pugi::xml_node element, int32_t iAnimation, CColladaFile::Animation& out,
+                       uint32_t uDepth);
     bool ReadChannel(pugi::xml_node animation, pugi::xml_node channel, int32_t iAnimation,
                      CColladaFile::Channel& out);
     void ParseTarget(CColladaFile::Channel& channel);

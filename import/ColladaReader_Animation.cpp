@@ -141,7 +141,8 @@ bool CColladaReader::ReadChannel(pugi::xml_node animation, pugi::xml_node channe
     }
     if (times.uCount != values.uCount)
     {
-        return Fail("channel '%s': %u key times but %u values", out.strTarget.c_str(), times.uCount, values.uCount);
+        return Fail("channel '%s': %u key times but %u values", out.strTarget.c_str(), times.uCount,
+                    values.uCount);
     }
     out.uStride = values.uStride;
     out.afValues = std::move(values.afValues);
@@ -188,7 +189,8 @@ void CColladaReader::ParseTarget(CColladaFile::Channel& channel)
     auto it = m_mapNodes.find(nodeId);
     if (it == m_mapNodes.end())
     {
-        Warn("channel '%s': node '%.*s' not found", channel.strTarget.c_str(), int(nodeId.size()), nodeId.data());
+        Warn("channel '%s': node '%.*s' not found", channel.strTarget.c_str(), int(nodeId.size()),
+             nodeId.data());
         return;
     }
     channel.pNode = it->second;
@@ -211,7 +213,8 @@ void CColladaReader::ReadAnimationClips(pugi::xml_node library)
             clip.aAnimations.push_back(it == m_mapAnimations.end() ? -1 : it->second);
             if (it == m_mapAnimations.end())
             {
-                Warn("clip '%s': animation '%s' not found", clip.id.c_str(), instance.attribute("url").value());
+                Warn("clip '%s': animation '%s' not found", clip.id.c_str(),
+                     instance.attribute("url").value());
             }
         }
         m_file.m_aClips.push_back(std::move(clip));

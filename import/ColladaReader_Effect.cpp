@@ -71,12 +71,13 @@ bool CColladaReader::ReadEffect(pugi::xml_node element, CColladaFile::Effect& ou
     return true;
 }
 
-bool CColladaReader::ReadColorOrTexture(pugi::xml_node channel, pugi::xml_node effect, CColladaFile::ColorOrTexture& out)
+bool CColladaReader::ReadColorOrTexture(pugi::xml_node channel, pugi::xml_node effect,
+                                        CColladaFile::ColorOrTexture& out)
 {
     if (pugi::xml_node color = channel.child("color"))
     {
         std::vector<float> af;
-        if (!ParseFloats(Text(color), af) || af.size() < 3 || af.size() > 4)
+        if (!ParseFloats(CText(color), af) || af.size() < 3 || af.size() > 4)
         {
             return Fail("effect '%s': <%s><color> needs 3 or 4 numbers", effect.attribute("id").value(),
                         channel.name());
@@ -145,7 +146,8 @@ void CColladaReader::ReadTexture(pugi::xml_node texture, pugi::xml_node effect, 
     auto it = m_mapImages.find(imageId);
     if (it == m_mapImages.end())
     {
-        Warn("effect '%s': texture '%s' leads to no image", effect.attribute("id").value(), out.strTexture.c_str());
+        Warn("effect '%s': texture '%s' leads to no image", effect.attribute("id").value(),
+             out.strTexture.c_str());
         return;
     }
     out.iImage = it->second;
@@ -153,7 +155,8 @@ void CColladaReader::ReadTexture(pugi::xml_node texture, pugi::xml_node effect, 
 
 // double_sided and bump sit in an extra technique of any profile: of the common technique,
 // of the common profile, or of the effect. The first one found counts.
-void CColladaReader::ReadEffectExtras(pugi::xml_node effect, pugi::xml_node technique, CColladaFile::Effect& out)
+void CColladaReader::ReadEffectExtras(pugi::xml_node effect, pugi::xml_node technique,
+                                      CColladaFile::Effect& out)
 {
     bool bDoubleSidedFound = false;
     for (pugi::xml_node scope : {technique, effect.child("profile_COMMON"), effect})

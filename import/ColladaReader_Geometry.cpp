@@ -111,8 +111,8 @@ bool CColladaReader::ReadMesh(pugi::xml_node geometry, pugi::xml_node mesh, CCol
         in.bFromVertices = true;
         if (in.iSource < 0)
         {
-            return Fail("geometry '%s': vertices input %s names source '%s', which the mesh lacks", out.id.c_str(),
-                        in.strSemantic.c_str(), input.attribute("source").value());
+            return Fail("geometry '%s': vertices input %s names source '%s', which the mesh lacks",
+                        out.id.c_str(), in.strSemantic.c_str(), input.attribute("source").value());
         }
         aVertexInputs.push_back(std::move(in));
     }
@@ -152,7 +152,8 @@ bool CColladaReader::ReadMesh(pugi::xml_node geometry, pugi::xml_node mesh, CCol
     return true;
 }
 
-bool CColladaReader::ReadPrimitive(pugi::xml_node element, CColladaFile::PrimitiveKind eKind, CColladaFile::Mesh& mesh,
+bool CColladaReader::ReadPrimitive(pugi::xml_node element, CColladaFile::PrimitiveKind eKind,
+                                   CColladaFile::Mesh& mesh,
                                    const std::vector<CColladaFile::Input>& aVertexInputs,
                                    std::string_view strVerticesId)
 {
@@ -172,8 +173,8 @@ bool CColladaReader::ReadPrimitive(pugi::xml_node element, CColladaFile::Primiti
         if (!AttrUInt(input, "offset", in.uOffset, 0, MAX_OFFSET) ||
             (input.attribute("set") && !ParseInt(input.attribute("set").value(), iSet)))
         {
-            return Fail("geometry '%s': %s input %s has a bad offset or set", mesh.id.c_str(), PrimitiveName(eKind),
-                        in.strSemantic.c_str());
+            return Fail("geometry '%s': %s input %s has a bad offset or set", mesh.id.c_str(),
+                        PrimitiveName(eKind), in.strSemantic.c_str());
         }
         in.iSet = int32_t(std::clamp<int64_t>(iSet, -1, 0x7fffffff));
         uMaxOffset = std::max(uMaxOffset, in.uOffset);
@@ -182,8 +183,8 @@ bool CColladaReader::ReadPrimitive(pugi::xml_node element, CColladaFile::Primiti
         {
             if (sourceId != strVerticesId)
             {
-                return Fail("geometry '%s': VERTEX input names '%s', not the mesh's vertices", mesh.id.c_str(),
-                            input.attribute("source").value());
+                return Fail("geometry '%s': VERTEX input names '%s', not the mesh's vertices",
+                            mesh.id.c_str(), input.attribute("source").value());
             }
             for (const CColladaFile::Input& vertexInput : aVertexInputs)
             {
@@ -214,7 +215,8 @@ bool CColladaReader::ReadPrimitive(pugi::xml_node element, CColladaFile::Primiti
 
 // Indices and face sizes: `triangles` has one <p> of three corners a face, `polylist` one
 // <p> with a `vcount` per face, `polygons` one <p> per face (and per <ph>, holes left out).
-bool CColladaReader::ReadPrimitiveIndices(pugi::xml_node element, CColladaFile::Primitive& prim, const char* pcMesh)
+bool CColladaReader::ReadPrimitiveIndices(pugi::xml_node element, CColladaFile::Primitive& prim,
+                                          const char* pcMesh)
 {
     const char* pcKind = PrimitiveName(prim.eKind);
     const char* pBad = nullptr;
@@ -229,15 +231,15 @@ bool CColladaReader::ReadPrimitiveIndices(pugi::xml_node element, CColladaFile::
                 continue;
             }
             size_t uBefore = prim.aIndices.size();
-            if (!ParseUInts(Text(p), prim.aIndices, &pBad))
+            if (!ParseUInts(CText(p), prim.aIndices, &pBad))
             {
                 return Fail("geometry '%s': polygons <p> holds \"%.20s\", not an index", pcMesh, pBad);
             }
             size_t uLength = prim.aIndices.size() - uBefore;
             if (uLength % prim.uStride != 0 || uLength / prim.uStride > 0xffffffffu)
             {
-                return Fail("geometry '%s': polygons <p> of %zu indices is not whole corners of %u", pcMesh, uLength,
-                            prim.uStride);
+                return Fail("geometry '%s': polygons <p> of %zu indices is not whole corners of %u", pcMesh,
+                            uLength, prim.uStride);
             }
             prim.aVCount.push_back(uint32_t(uLength / prim.uStride));
         }
@@ -248,23 +250,23 @@ bool CColladaReader::ReadPrimitiveIndices(pugi::xml_node element, CColladaFile::
         }
         return true;
     }
-    std::string_view text = Text(element.child("p"));
-    prim.aIndices.reserve(std::min<size_t>(text.size() / 2 + 1, size_t(prim.uCount) * 3 * prim.uStride));
-    if (!ParseUInts(text, prim.aIndices, &pBad))
+    // The declared count only reserves memory, and only so much.
+    prim.aIndices.reserve(std::min<size_t>(size_t(1) << 22, size_t(prim.uCount) * 3 * prim.uStride));
+    if (!ParseUInts(CText(element.child("p")), prim.aIndices, &pBad))
     {
         return Fail("geometry '%s': %s <p> holds \"%.20s\", not an index", pcMesh, pcKind, pBad);
     }
     uint64_t uCorners = uint64_t(prim.uCount) * 3;
     if (prim.eKind == CColladaFile::PrimitiveKind::Polylist)
     {
-        if (!ParseUInts(Text(element.child("vcount")), prim.aVCount, &pBad))
+        if (!ParseUInts(CText(element.child("vcount")), prim.aVCount, &pBad))
         {
             return Fail("geometry '%s': polylist <vcount> holds \"%.20s\", not a number", pcMesh, pBad);
         }
         if (prim.aVCount.size() != prim.uCount)
         {
-            return Fail("geometry '%s': polylist count %u disagrees with its %zu vcount entries", pcMesh, prim.uCount,
-                        prim.aVCount.size());
+            return Fail("geometry '%s': polylist count %u disagrees with its %zu vcount entries", pcMesh,
+                        prim.uCount, prim.aVCount.size());
         }
         uCorners = 0;
         for (uint32_t u : prim.aVCount)
@@ -274,31 +276,43 @@ bool CColladaReader::ReadPrimitiveIndices(pugi::xml_node element, CColladaFile::
     }
     if (uCorners * prim.uStride != prim.aIndices.size())
     {
-        return Fail("geometry '%s': %s of %u faces needs %llu indices, <p> has %zu", pcMesh, pcKind, prim.uCount,
-                    (unsigned long long)(uCorners * prim.uStride), prim.aIndices.size());
+        return Fail("geometry '%s': %s of %u faces needs %llu indices, <p> has %zu", pcMesh, pcKind,
+                    prim.uCount, (unsigned long long)(uCorners * prim.uStride), prim.aIndices.size());
     }
     return true;
 }
 
-bool CColladaReader::CheckPrimitiveIndices(const CColladaFile::Primitive& prim, const CColladaFile::Mesh& mesh)
+bool CColladaReader::CheckPrimitiveIndices(const CColladaFile::Primitive& prim,
+                                           const CColladaFile::Mesh& mesh)
 {
     if (prim.aInputs.empty() && !prim.aIndices.empty())
     {
-        return Fail("geometry '%s': %s has indices but no inputs", mesh.id.c_str(), PrimitiveName(prim.eKind));
+        return Fail("geometry '%s': %s has indices but no inputs", mesh.id.c_str(),
+                    PrimitiveName(prim.eKind));
+    }
+    if (prim.aIndices.empty())
+    {
+        return true;
+    }
+    // The largest index at each offset, in one pass.
+    uint32_t auMax[MAX_OFFSET + 1] = {};
+    const uint32_t* pIndex = prim.aIndices.data();
+    for (size_t uCorner = 0, uCorners = prim.CornerCount(); uCorner < uCorners;
+         ++uCorner, pIndex += prim.uStride)
+    {
+        for (uint32_t uOffset = 0; uOffset < prim.uStride; ++uOffset)
+        {
+            auMax[uOffset] = std::max(auMax[uOffset], pIndex[uOffset]);
+        }
     }
     for (const CColladaFile::Input& input : prim.aInputs)
     {
         const CColladaFile::Source& source = mesh.aSources[size_t(input.iSource)];
-        uint32_t uMax = 0;
-        for (size_t i = input.uOffset; i < prim.aIndices.size(); i += prim.uStride)
-        {
-            uMax = std::max(uMax, prim.aIndices[i]);
-        }
-        if (!prim.aIndices.empty() && uMax >= source.uCount)
+        if (auMax[input.uOffset] >= source.uCount)
         {
             return Fail("geometry '%s': %s input %s index %u is past the end of source '%s' (%u elements)",
-                        mesh.id.c_str(), PrimitiveName(prim.eKind), input.strSemantic.c_str(), uMax, source.id.c_str(),
-                        source.uCount);
+                        mesh.id.c_str(), PrimitiveName(prim.eKind), input.strSemantic.c_str(),
+                        auMax[input.uOffset], source.id.c_str(), source.uCount);
         }
     }
     return true;
@@ -384,7 +398,8 @@ pugi::xml_node FindInput(pugi::xml_node parent, const char* pcSemantic)
 bool CColladaReader::ReadSkinJoints(pugi::xml_node skin, CColladaFile::Skin& out)
 {
     pugi::xml_node joints = skin.child("joints");
-    pugi::xml_node jointSource = FindSource(skin, UrlId(FindInput(joints, "JOINT").attribute("source").value()));
+    pugi::xml_node jointSource =
+        FindSource(skin, UrlId(FindInput(joints, "JOINT").attribute("source").value()));
     pugi::xml_node names = jointSource.child("Name_array");
     if (!names)
     {
@@ -393,7 +408,8 @@ bool CColladaReader::ReadSkinJoints(pugi::xml_node skin, CColladaFile::Skin& out
     }
     if (!names)
     {
-        return Fail("skin '%s': the JOINT input names no source with a Name_array or IDREF_array", out.id.c_str());
+        return Fail("skin '%s': the JOINT input names no source with a Name_array or IDREF_array",
+                    out.id.c_str());
     }
     ParseWords(Text(names), out.aJoints);
     uint32_t uDeclared = 0;
@@ -424,8 +440,8 @@ bool CColladaReader::ReadSkinJoints(pugi::xml_node skin, CColladaFile::Skin& out
     }
     if (matrices.uStride != 16 || matrices.uCount != out.aJoints.size())
     {
-        return Fail("skin '%s': %u inverse bind matrices of stride %u for %zu joints", out.id.c_str(), matrices.uCount,
-                    matrices.uStride, out.aJoints.size());
+        return Fail("skin '%s': %u inverse bind matrices of stride %u for %zu joints", out.id.c_str(),
+                    matrices.uCount, matrices.uStride, out.aJoints.size());
     }
     for (uint32_t i = 0; i < matrices.uCount; ++i)
     {
@@ -470,14 +486,14 @@ bool CColladaReader::ReadSkinWeights(pugi::xml_node skin, CColladaFile::Skin& ou
     }
     std::vector<uint32_t> aVCount;
     std::vector<int32_t> aV;
-    if (!ParseUInts(Text(weights.child("vcount")), aVCount) || !ParseInts(Text(weights.child("v")), aV))
+    if (!ParseUInts(CText(weights.child("vcount")), aVCount) || !ParseInts(CText(weights.child("v")), aV))
     {
         return Fail("skin '%s': <vcount> or <v> holds something other than numbers", out.id.c_str());
     }
     if (aVCount.size() != uVertices)
     {
-        return Fail("skin '%s': vertex_weights count %u disagrees with its %zu vcount entries", out.id.c_str(),
-                    uVertices, aVCount.size());
+        return Fail("skin '%s': vertex_weights count %u disagrees with its %zu vcount entries",
+                    out.id.c_str(), uVertices, aVCount.size());
     }
     uint64_t uTotal = 0;
     for (uint32_t u : aVCount)
@@ -504,8 +520,8 @@ bool CColladaReader::ReadSkinWeights(pugi::xml_node skin, CColladaFile::Skin& ou
         if (iJoint < -1 || iJoint >= int32_t(out.aJoints.size()) ||
             (weightInput && (iWeight < 0 || uint32_t(iWeight) >= weightValues.uCount)))
         {
-            return Fail("skin '%s': influence %zu has joint %d of %zu or weight %d of %u", out.id.c_str(), i / uStride,
-                        iJoint, out.aJoints.size(), iWeight, weightValues.uCount);
+            return Fail("skin '%s': influence %zu has joint %d of %zu or weight %d of %u", out.id.c_str(),
+                        i / uStride, iJoint, out.aJoints.size(), iWeight, weightValues.uCount);
         }
         out.aJoint.push_back(iJoint);
         out.aWeight.push_back(weightInput ? weightValues.Element(uint32_t(iWeight))[0] : 1.0f);

@@ -30,7 +30,8 @@ bool CColladaReader::ReadScene(pugi::xml_node collada)
         }
     }
     pugi::xml_node scenes = collada.child("library_visual_scenes");
-    std::string_view sceneUrl = collada.child("scene").child("instance_visual_scene").attribute("url").value();
+    std::string_view sceneUrl =
+        collada.child("scene").child("instance_visual_scene").attribute("url").value();
     std::string_view sceneId = UrlId(sceneUrl);
     pugi::xml_node scene;
     for (pugi::xml_node candidate : scenes.children("visual_scene"))
@@ -54,7 +55,8 @@ bool CColladaReader::ReadScene(pugi::xml_node collada)
     // Scene nodes win over library nodes of the same id.
     IndexNodes(m_file.m_aLibraryNodes);
     IndexNodes(m_file.m_aNodes);
-    return ResolveInstances(m_file.m_aLibraryNodes) && ResolveInstances(m_file.m_aNodes) && CheckInstanceCycles();
+    return ResolveInstances(m_file.m_aLibraryNodes) && ResolveInstances(m_file.m_aNodes) &&
+           CheckInstanceCycles();
 }
 
 bool CColladaReader::ReadNodes(pugi::xml_node parent, Node* pParent, std::vector<std::unique_ptr<Node>>& aOut,
@@ -136,8 +138,10 @@ bool CColladaReader::ReadTransform(pugi::xml_node element, Node& node)
         const char* pcName;
         CColladaFile::TransformKind eKind;
     } s_aKinds[] = {
-        {"matrix", CColladaFile::TransformKind::Matrix},   {"translate", CColladaFile::TransformKind::Translate},
-        {"rotate", CColladaFile::TransformKind::Rotate},   {"scale", CColladaFile::TransformKind::Scale},
+        {"matrix", CColladaFile::TransformKind::Matrix},
+        {"translate", CColladaFile::TransformKind::Translate},
+        {"rotate", CColladaFile::TransformKind::Rotate},
+        {"scale", CColladaFile::TransformKind::Scale},
         {"lookat", CColladaFile::TransformKind::LookAt},
     };
     const char* pcName = element.name();
@@ -228,7 +232,8 @@ void CColladaReader::ReadBindMaterial(pugi::xml_node instance, CColladaFile::Ins
         }
         else
         {
-            Warn("material '%s' bound to '%s' not found", binding.strTarget.c_str(), binding.strSymbol.c_str());
+            Warn("material '%s' bound to '%s' not found", binding.strTarget.c_str(),
+                 binding.strSymbol.c_str());
         }
         for (pugi::xml_node input : element.children("bind_vertex_input"))
         {
@@ -298,7 +303,8 @@ bool CColladaReader::CheckInstanceCycles()
         size_t uNext;
     };
     std::vector<Frame> aStack;
-    auto edge = [](const Node& node, size_t i) -> const Node* {
+    auto edge = [](const Node& node, size_t i) -> const Node*
+    {
         if (i < node.aChildren.size())
         {
             return node.aChildren[i].get();

@@ -1,16 +1,20 @@
 #include "import/ColladaText.h"
 
 #include <charconv>
+#include <cstring>
 #include <limits>
 
 namespace Kestrin::Utility::ColladaText
 {
 
+// Lists are parsed straight from the document's NUL-terminated text, in one pass.
+
 namespace
 {
-const char* SkipSpace(const char* p, const char* pEnd)
+// The end of the token at p: the next whitespace or the terminator.
+const char* TokenEnd(const char* p)
 {
-    while (p < pEnd && IsSpace(*p))
+    while (*p && !IsSpace(*p))
     {
         ++p;
     }
@@ -23,34 +27,106 @@ const char* SkipPlus(const char* p, const char* pEnd)
     return (p + 1 < pEnd && *p == '+' && p[1] != '-') ? p + 1 : p;
 }
 
-
-// One number from p: the end of its token, or null when the token is not a number. A token
-// with a decimal comma ("0,5", written by exporters that used the process locale) is read as
-// with a point.
-const char* ParseOneFloat(const char* p, const char* pEnd, float& f)
+// The exporters' everyday numbers ("-12.3456", "1e-05") without from_chars: the decimal
+// mantissa and exponent give the double nearest the number with one rounding (Clinger's fast
+// path); the float nearest that double is the float nearest the number unless the double sits
+// exactly half-way between two floats, which is left to from_chars. Null when the token is not
+// such a number.
+const char* FastFloat(const char* p, float& f)
 {
-    const char* pToken = SkipPlus(p, pEnd);
-    std::from_chars_result r = std::from_chars(pToken, pEnd, f);
-    if (r.ptr < pEnd && *r.ptr == ',')
+    static const double s_adPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                       1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    bool bNegative = *p == '-';
+    p += (*p == '-' || *p == '+') ? 1 : 0;
+    uint64_t uMantissa = 0;
+    int iDigits = 0, iExponent = 0, iSeen = 0;
+    for (; uint8_t(*p - '0') < 10; ++p, ++iSeen)
     {
-        char ac[64];
-        size_t uLength = 0;
-        while (pToken + uLength < pEnd && !IsSpace(pToken[uLength]) && uLength < sizeof(ac))
-        {
-            ac[uLength] = pToken[uLength] == ',' ? '.' : pToken[uLength];
-            ++uLength;
-        }
-        r = std::from_chars(ac, ac + uLength, f);
-        r.ptr = pToken + (r.ptr - ac);
+        uMantissa = uMantissa * 10 + uint64_t(*p - '0');
+        iDigits += uMantissa != 0;
     }
+    if (*p == '.')
+    {
+        for (++p; uint8_t(*p - '0') < 10; ++p, ++iSeen)
+        {
+            uMantissa = uMantissa * 10 + uint64_t(*p - '0');
+            iDigits += uMantissa != 0;
+            --iExponent;
+        }
+    }
+    if (iSeen == 0 || iDigits > 19)
+    {
+        return nullptr;
+    }
+    if (*p == 'e' || *p == 'E')
+    {
+        ++p;
+        bool bNegativeExponent = *p == '-';
+        p += (*p == '-' || *p == '+') ? 1 : 0;
+        int iValue = 0, iExponentDigits = 0;
+        for (; uint8_t(*p - '0') < 10 && iExponentDigits < 4; ++p, ++iExponentDigits)
+        {
+            iValue = iValue * 10 + (*p - '0');
+        }
+        if (iExponentDigits == 0 || iExponentDigits == 4)
+        {
+            return nullptr;
+        }
+        iExponent += bNegativeExponent ? -iValue : iValue;
+    }
+    if (*p && !IsSpace(*p))
+    {
+        return nullptr;
+    }
+    if (uMantissa == 0)
+    {
+        f = bNegative ? -0.0f : 0.0f;
+        return p;
+    }
+    if (uMantissa > (uint64_t(1) << 53) || iExponent < -22 || iExponent > 22)
+    {
+        return nullptr;
+    }
+    double d = double(uMantissa);
+    d = iExponent < 0 ? d / s_adPow10[-iExponent] : d * s_adPow10[iExponent];
+    uint64_t uBits = 0;
+    memcpy(&uBits, &d, sizeof(d));
+    if ((uBits & 0x1fffffff) == 0x10000000 || d < double(std::numeric_limits<float>::min()) ||
+        d > double(std::numeric_limits<float>::max()))
+    {
+        return nullptr;
+    }
+    f = bNegative ? -float(d) : float(d);
+    return p;
+}
+
+// One number at p: the end of its token, or null when the token is not a number. A token
+// with a decimal comma ("0,5", written by exporters that used the process locale) is read as
+// with a point. Out of range reads as infinity or zero.
+const char* ParseOneFloat(const char* p, float& f)
+{
+    if (const char* pFast = FastFloat(p, f))
+    {
+        return pFast;
+    }
+    const char* pEnd = TokenEnd(p);
+    const char* pToken = SkipPlus(p, pEnd);
+    char ac[64];
+    size_t uLength = size_t(pEnd - pToken);
+    if (uLength >= sizeof(ac))
+    {
+        return nullptr;
+    }
+    for (size_t i = 0; i < uLength; ++i)
+    {
+        ac[i] = pToken[i] == ',' ? '.' : pToken[i];
+    }
+    std::from_chars_result r = std::from_chars(ac, ac + uLength, f);
     if (r.ec == std::errc::result_out_of_range)
     {
-        // from_chars leaves f as it was: overflow reads as infinity, underflow as zero.
-        bool bTiny = false;
-        for (const char* q = pToken; q < r.ptr; ++q)
-        {
-            bTiny = bTiny || ((*q == 'e' || *q == 'E') && q + 1 < r.ptr && q[1] == '-');
-        }
+        // from_chars leaves f as it was.
+        const char* pE = strpbrk(ac, "eE");
+        bool bTiny = pE && pE < ac + uLength && pE[1] == '-';
         f = bTiny ? 0.0f : std::numeric_limits<float>::infinity();
         f = *pToken == '-' ? -f : f;
     }
@@ -58,23 +134,25 @@ const char* ParseOneFloat(const char* p, const char* pEnd, float& f)
     {
         return nullptr;
     }
-    return (r.ptr < pEnd && !IsSpace(*r.ptr)) ? nullptr : r.ptr;
+    return r.ptr == ac + uLength ? pEnd : nullptr;
+}
+
+const char* SkipSpace(const char* p)
+{
+    while (IsSpace(*p))
+    {
+        ++p;
+    }
+    return p;
 }
 } // namespace
 
-bool ParseFloats(std::string_view text, std::vector<float>& aOut, const char** ppBad)
+bool ParseFloats(const char* pcText, std::vector<float>& aOut, const char** ppBad)
 {
-    const char* p = text.data();
-    const char* pEnd = p + text.size();
-    while (true)
+    for (const char* p = SkipSpace(pcText ? pcText : ""); *p; p = SkipSpace(p))
     {
-        p = SkipSpace(p, pEnd);
-        if (p == pEnd)
-        {
-            return true;
-        }
         float f = 0.0f;
-        const char* pNext = ParseOneFloat(p, pEnd, f);
+        const char* pNext = ParseOneFloat(p, f);
         if (!pNext)
         {
             if (ppBad)
@@ -86,27 +164,21 @@ bool ParseFloats(std::string_view text, std::vector<float>& aOut, const char** p
         aOut.push_back(f);
         p = pNext;
     }
+    return true;
 }
 
-bool ParseUInts(std::string_view text, std::vector<uint32_t>& aOut, const char** ppBad)
+bool ParseUInts(const char* pcText, std::vector<uint32_t>& aOut, const char** ppBad)
 {
-    const char* p = text.data();
-    const char* pEnd = p + text.size();
-    while (true)
+    for (const char* p = SkipSpace(pcText ? pcText : ""); *p; p = SkipSpace(p))
     {
-        p = SkipSpace(p, pEnd);
-        if (p == pEnd)
-        {
-            return true;
-        }
         const char* pStart = p;
         uint64_t u = 0;
-        while (p < pEnd && uint8_t(*p - '0') < 10 && u <= 0xffffffffu)
+        // Eleven digits cannot overflow 64 bits; more than ten cannot fit 32.
+        for (int i = 0; i < 11 && uint8_t(*p - '0') < 10; ++i, ++p)
         {
             u = u * 10 + uint64_t(*p - '0');
-            ++p;
         }
-        if (p == pStart || u > 0xffffffffu || (p < pEnd && !IsSpace(*p)))
+        if (p == pStart || u > 0xffffffffu || (*p && !IsSpace(*p)))
         {
             if (ppBad)
             {
@@ -116,22 +188,17 @@ bool ParseUInts(std::string_view text, std::vector<uint32_t>& aOut, const char**
         }
         aOut.push_back(uint32_t(u));
     }
+    return true;
 }
 
-bool ParseInts(std::string_view text, std::vector<int32_t>& aOut, const char** ppBad)
+bool ParseInts(const char* pcText, std::vector<int32_t>& aOut, const char** ppBad)
 {
-    const char* p = text.data();
-    const char* pEnd = p + text.size();
-    while (true)
+    for (const char* p = SkipSpace(pcText ? pcText : ""); *p; p = SkipSpace(p))
     {
-        p = SkipSpace(p, pEnd);
-        if (p == pEnd)
-        {
-            return true;
-        }
+        const char* pEnd = TokenEnd(p);
         int32_t i = 0;
         std::from_chars_result r = std::from_chars(SkipPlus(p, pEnd), pEnd, i);
-        if (r.ec != std::errc() || (r.ptr < pEnd && !IsSpace(*r.ptr)))
+        if (r.ec != std::errc() || r.ptr != pEnd)
         {
             if (ppBad)
             {
@@ -140,8 +207,9 @@ bool ParseInts(std::string_view text, std::vector<int32_t>& aOut, const char** p
             return false;
         }
         aOut.push_back(i);
-        p = r.ptr;
+        p = pEnd;
     }
+    return true;
 }
 
 std::string_view Trim(std::string_view text)
@@ -162,8 +230,15 @@ std::string_view Trim(std::string_view text)
 bool ParseFloat(std::string_view text, float& fOut)
 {
     text = Trim(text);
+    char ac[64];
+    if (text.empty() || text.size() >= sizeof(ac))
+    {
+        return false;
+    }
+    memcpy(ac, text.data(), text.size());
+    ac[text.size()] = 0;
     float f = 0.0f;
-    if (text.empty() || ParseOneFloat(text.data(), text.data() + text.size(), f) != text.data() + text.size())
+    if (ParseOneFloat(ac, f) != ac + text.size())
     {
         return false;
     }
@@ -191,7 +266,10 @@ void ParseWords(std::string_view text, std::vector<std::string>& aOut)
     const char* pEnd = p + text.size();
     while (true)
     {
-        p = SkipSpace(p, pEnd);
+        while (p < pEnd && IsSpace(*p))
+        {
+            ++p;
+        }
         if (p == pEnd)
         {
             return;

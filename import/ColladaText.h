@@ -16,11 +16,12 @@ inline bool IsSpace(char c)
     return c == ' ' || c == '\n' || c == '\r' || c == '\t';
 }
 
-// Whitespace-separated numbers appended to aOut. False at the first token that is not a
-// number (or, for the unsigned form, not a 32-bit unsigned integer); pcBad then points at it.
-bool ParseFloats(std::string_view text, std::vector<float>& aOut, const char** ppBad = nullptr);
-bool ParseUInts(std::string_view text, std::vector<uint32_t>& aOut, const char** ppBad = nullptr);
-bool ParseInts(std::string_view text, std::vector<int32_t>& aOut, const char** ppBad = nullptr);
+// Whitespace-separated numbers of a NUL-terminated text (null reads as empty) appended to
+// aOut. False at the first token that is not a number (or, for the unsigned form, not a
+// 32-bit unsigned integer); *ppBad then points at it. A decimal comma reads as a point.
+bool ParseFloats(const char* pcText, std::vector<float>& aOut, const char** ppBad = nullptr);
+bool ParseUInts(const char* pcText, std::vector<uint32_t>& aOut, const char** ppBad = nullptr);
+bool ParseInts(const char* pcText, std::vector<int32_t>& aOut, const char** ppBad = nullptr);
 // Exactly one number, surrounded by optional whitespace.
 bool ParseFloat(std::string_view text, float& fOut);
 bool ParseInt(std::string_view text, int64_t& iOut);

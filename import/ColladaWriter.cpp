@@ -43,8 +43,8 @@ private:
     void WriteMesh(pugi::xml_node library, const CColladaFile::Mesh& mesh);
     void GatherStreams(const CColladaFile::Mesh& mesh, std::vector<Stream>& aStreams);
     void WriteStream(pugi::xml_node mesh, const Stream& stream);
-    void WritePrimitive(pugi::xml_node mesh, const CColladaFile::Mesh& source, const CColladaFile::Primitive& prim,
-                        const std::vector<Stream>& aStreams);
+    void WritePrimitive(pugi::xml_node mesh, const CColladaFile::Mesh& source,
+                        const CColladaFile::Primitive& prim, const std::vector<Stream>& aStreams);
     void WriteNode(pugi::xml_node parent, const CColladaFile::Node& node, const CMatrix44& mUpAxis);
     void WriteGeometryInstance(pugi::xml_node node, const CColladaFile::Instance& instance, int32_t iMesh);
 
@@ -66,7 +66,8 @@ void CColladaWriter::SetText(pugi::xml_node node, const std::string& strText)
     node.append_child(pugi::node_pcdata).set_value(strText.c_str());
 }
 
-pugi::xml_node CColladaWriter::TextElement(pugi::xml_node parent, const char* pcName, const std::string& strText)
+pugi::xml_node CColladaWriter::TextElement(pugi::xml_node parent, const char* pcName,
+                                           const std::string& strText)
 {
     pugi::xml_node node = parent.append_child(pcName);
     SetText(node, strText);
@@ -227,7 +228,8 @@ void CColladaWriter::WriteEffect(pugi::xml_node library, const CColladaFile::Mat
     pugi::xml_node technique = Element(profile, "technique");
     technique.append_attribute("sid") = "common";
     pugi::xml_node blinn = Element(technique, "blinn");
-    auto color = [&](const char* pcName, const CColladaFile::ColorOrTexture& channel) {
+    auto color = [&](const char* pcName, const CColladaFile::ColorOrTexture& channel)
+    {
         if (channel.bColor)
         {
             TextElement(Element(blinn, pcName), "color", ColorText(channel.vColor));
@@ -296,7 +298,8 @@ void CColladaWriter::WriteLights(pugi::xml_node collada)
         }
         pugi::xml_node technique = Element(Element(element, "extra"), "technique");
         technique.append_attribute("profile") = "MAX3D";
-        auto optional = [&](const char* pcName, const std::optional<float>& f) {
+        auto optional = [&](const char* pcName, const std::optional<float>& f)
+        {
             if (f)
             {
                 FloatElement(technique, pcName, *f);
@@ -348,9 +351,13 @@ void CColladaWriter::WriteMesh(pugi::xml_node library, const CColladaFile::Mesh&
     pugi::xml_node input = Element(vertices, "input");
     input.append_attribute("semantic") = "POSITION";
     input.append_attribute("source") = ("#" + aStreams[0].strId).c_str();
+    // A primitive without positions carries no geometry the writer's shape can hold.
     for (const CColladaFile::Primitive& prim : mesh.aPrimitives)
     {
-        WritePrimitive(element, mesh, prim, aStreams);
+        if (prim.FindInput(CColladaFile::Semantic::Position))
+        {
+            WritePrimitive(element, mesh, prim, aStreams);
+        }
     }
 }
 
@@ -365,7 +372,8 @@ void CColladaWriter::GatherStreams(const CColladaFile::Mesh& mesh, std::vector<S
         uTexcoords = std::max(uTexcoords, prim.InputCount(Semantic::Texcoord));
         uColors = std::max(uColors, prim.InputCount(Semantic::Color));
     }
-    auto add = [&](Semantic eSemantic, uint32_t uNth, std::string strId) {
+    auto add = [&](Semantic eSemantic, uint32_t uNth, std::string strId)
+    {
         Stream stream;
         stream.eSemantic = eSemantic;
         stream.uNth = uNth;
@@ -436,7 +444,9 @@ void CColladaWriter::WriteStream(pugi::xml_node mesh, const Stream& stream)
     accessor.append_attribute("source") = ("#" + strArray).c_str();
     accessor.append_attribute("count") = IntText(int64_t(stream.afValues.size() / stream.uStride)).c_str();
     accessor.append_attribute("stride") = IntText(stream.uStride).c_str();
-    const char* pcNames = stream.eSemantic == Semantic::Texcoord ? "STP?" : stream.eSemantic == Semantic::Color ? "RGBA" : "XYZ?";
+    const char* pcNames = stream.eSemantic == Semantic::Texcoord ? "STP?"
+                          : stream.eSemantic == Semantic::Color  ? "RGBA"
+                                                                 : "XYZ?";
     for (uint32_t i = 0; i < stream.uStride; ++i)
     {
         pugi::xml_node param = Element(accessor, "param");
@@ -463,9 +473,12 @@ void CColladaWriter::WritePrimitive(pugi::xml_node mesh, const CColladaFile::Mes
         if (const CColladaFile::Input* pInput = prim.FindInput(stream.eSemantic, stream.uNth))
         {
             pugi::xml_node input = Element(triangles, "input");
-            const char* pcSemantic = stream.eSemantic == Semantic::Position ? "VERTEX" : CColladaFile::SemanticName(stream.eSemantic);
+            const char* pcSemantic = stream.eSemantic == Semantic::Position
+                                         ? "VERTEX"
+                                         : CColladaFile::SemanticName(stream.eSemantic);
             input.append_attribute("semantic") = pcSemantic;
-            std::string strSource = "#" + (stream.eSemantic == Semantic::Position ? source.id + "-vertices" : stream.strId);
+            std::string strSource =
+                "#" + (stream.eSemantic == Semantic::Position ? source.id + "-vertices" : stream.strId);
             input.append_attribute("source") = strSource.c_str();
             input.append_attribute("offset") = IntText(int64_t(aUsed.size())).c_str();
             if (stream.eSemantic == Semantic::Texcoord || stream.eSemantic == Semantic::Color)
@@ -495,7 +508,8 @@ void CColladaWriter::WritePrimitive(pugi::xml_node mesh, const CColladaFile::Mes
 // ---------------------------------------------------------------------------------------
 // Nodes
 
-void CColladaWriter::WriteNode(pugi::xml_node parent, const CColladaFile::Node& node, const CMatrix44& mUpAxis)
+void CColladaWriter::WriteNode(pugi::xml_node parent, const CColladaFile::Node& node,
+                               const CMatrix44& mUpAxis)
 {
     pugi::xml_node element = Element(parent, "node");
     element.append_attribute("id") = node.id.c_str();
@@ -516,7 +530,8 @@ void CColladaWriter::WriteNode(pugi::xml_node parent, const CColladaFile::Node& 
         {
             continue;
         }
-        if (instance.eKind == CColladaFile::InstanceKind::Light && size_t(instance.iIndex) < m_file.m_aLights.size())
+        if (instance.eKind == CColladaFile::InstanceKind::Light &&
+            size_t(instance.iIndex) < m_file.m_aLights.size())
         {
             Element(element, "instance_light").append_attribute("url") =
                 ("#" + m_file.m_aLights[size_t(instance.iIndex)].id).c_str();
@@ -545,7 +560,8 @@ void CColladaWriter::WriteNode(pugi::xml_node parent, const CColladaFile::Node& 
     }
 }
 
-void CColladaWriter::WriteGeometryInstance(pugi::xml_node node, const CColladaFile::Instance& instance, int32_t iMesh)
+void CColladaWriter::WriteGeometryInstance(pugi::xml_node node, const CColladaFile::Instance& instance,
+                                           int32_t iMesh)
 {
     if (iMesh < 0 || size_t(iMesh) >= m_file.m_aMeshes.size())
     {
@@ -598,7 +614,10 @@ struct StringWriter final : pugi::xml_writer
 {
     std::string& strOut;
     explicit StringWriter(std::string& str) : strOut(str) {}
-    void write(const void* pData, size_t uSize) override { strOut.append(static_cast<const char*>(pData), uSize); }
+    void write(const void* pData, size_t uSize) override
+    {
+        strOut.append(static_cast<const char*>(pData), uSize);
+    }
 };
 } // namespace
 
@@ -620,7 +639,8 @@ bool CColladaFile::Write(const char* pcPath) const
     {
         GUtFile file;
         if (file.Open(strTemp.c_str(),
-                      GUtFile::MODE_ALWAYS | GUtFile::MODE_BINARY | GUtFile::MODE_READ | GUtFile::MODE_WRITE, true))
+                      GUtFile::MODE_ALWAYS | GUtFile::MODE_BINARY | GUtFile::MODE_READ | GUtFile::MODE_WRITE,
+                      true))
         {
             size_t uDone = 0;
             while (uDone < strText.size())
@@ -640,7 +660,7 @@ bool CColladaFile::Write(const char* pcPath) const
     if (!bWritten || std::rename(strTemp.c_str(), pcPath) != 0)
     {
         std::remove(strTemp.c_str());
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: cannot write the file", pcPath);
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: cannot write the file\n", pcPath);
         return false;
     }
     return true;

@@ -58,8 +58,9 @@ void PrintMaterials(const CColladaFile& file)
         if (effect.diffuse.bTexture)
         {
             const CColladaFile::Texture& texture = effect.diffuse.texture;
-            printf(" diffuse texture %s", texture.iImage >= 0 ? file.Images()[size_t(texture.iImage)].strFile.c_str()
-                                                              : "(unresolved)");
+            printf(" diffuse texture %s", texture.iImage >= 0
+                                              ? file.Images()[size_t(texture.iImage)].strFile.c_str()
+                                              : "(unresolved)");
             printf(" texcoord %s", texture.strTexcoord.c_str());
         }
         else if (effect.diffuse.bColor)
@@ -115,14 +116,14 @@ void PrintSkinsLightsCameras(const CColladaFile& file)
             uMost = std::max(uMost, skin.aFirst[v + 1] - skin.aFirst[v]);
         }
         printf("  %s mesh %s: %zu joints, %u vertices, up to %u influences\n", skin.id.c_str(),
-               skin.iMesh >= 0 ? file.Meshes()[size_t(skin.iMesh)].id.c_str() : "(not found)", skin.aJoints.size(),
-               skin.VertexCount(), uMost);
+               skin.iMesh >= 0 ? file.Meshes()[size_t(skin.iMesh)].id.c_str() : "(not found)",
+               skin.aJoints.size(), skin.VertexCount(), uMost);
     }
     printf("lights: %zu\n", file.Lights().size());
     for (const CColladaFile::Light& light : file.Lights())
     {
-        printf("  %s %s color %g %g %g", light.id.c_str(), LightName(light.eType), light.vColor.x, light.vColor.y,
-               light.vColor.z);
+        printf("  %s %s color %g %g %g", light.id.c_str(), LightName(light.eType), light.vColor.x,
+               light.vColor.y, light.vColor.z);
         if (light.eType == CColladaFile::LightType::Spot)
         {
             printf(" falloff %g", light.fFalloffAngle);
@@ -184,8 +185,8 @@ void PrintAnimations(const CColladaFile& file)
            file.AnimationClips().size());
     for (const CColladaFile::Channel& channel : file.Channels())
     {
-        printf("  %s (%s): %zu keys of %u", channel.strTarget.c_str(), CColladaFile::TargetKindName(channel.eKind),
-               channel.afTimes.size(), channel.uStride);
+        printf("  %s (%s): %zu keys of %u", channel.strTarget.c_str(),
+               CColladaFile::TargetKindName(channel.eKind), channel.afTimes.size(), channel.uStride);
         if (!channel.afTimes.empty())
         {
             printf(", %g to %g s", channel.afTimes.front(), channel.afTimes.back());
@@ -236,8 +237,8 @@ int Resave(const char* pcIn, const char* pcOut)
         fprintf(stderr, "edtool dae: cannot write %s\n", pcOut);
         return 1;
     }
-    printf("wrote %s: %zu meshes, %zu materials, %zu lights\n", pcOut, file.Meshes().size(), file.Materials().size(),
-           file.Lights().size());
+    printf("wrote %s: %zu meshes, %zu materials, %zu lights\n", pcOut, file.Meshes().size(),
+           file.Materials().size(), file.Lights().size());
     if (!file.Skins().empty() || !file.Channels().empty() || !file.Cameras().empty())
     {
         printf("not written (the writer's shape has no place for them): %zu skins, %zu animation channels, "
