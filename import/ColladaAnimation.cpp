@@ -220,14 +220,24 @@ const char* CColladaFile::TargetKindName(TargetKind eKind)
     return "other";
 }
 
-void CColladaFile::GetNodeKeys(const Node& node, std::vector<NodeKey>& aKeys) const
+void CColladaFile::GetNodeKeys(const Node& node, std::vector<NodeKey>& aKeys, int32_t iClip) const
 {
     aKeys.clear();
-    std::vector<float> afTimes;
+    std::vector<const Channel*> apChannels;
     for (uint32_t uChannel : node.aChannels)
     {
         const Channel& channel = m_aChannels[uChannel];
-        afTimes.insert(afTimes.end(), channel.afTimes.begin(), channel.afTimes.end());
+        if (iClip < 0 || (size_t(iClip) < m_aClips.size() &&
+                          std::count(m_aClips[size_t(iClip)].aAnimations.begin(),
+                                     m_aClips[size_t(iClip)].aAnimations.end(), channel.iAnimation) > 0))
+        {
+            apChannels.push_back(&channel);
+        }
+    }
+    std::vector<float> afTimes;
+    for (const Channel* pChannel : apChannels)
+    {
+        afTimes.insert(afTimes.end(), pChannel->afTimes.begin(), pChannel->afTimes.end());
     }
     std::sort(afTimes.begin(), afTimes.end());
     afTimes.erase(std::unique(afTimes.begin(), afTimes.end()), afTimes.end());
@@ -236,9 +246,9 @@ void CColladaFile::GetNodeKeys(const Node& node, std::vector<NodeKey>& aKeys) co
     for (float fTime : afTimes)
     {
         aTransforms = node.aTransforms;
-        for (uint32_t uChannel : node.aChannels)
+        for (const Channel* pChannel : apChannels)
         {
-            ApplyChannel(aTransforms, m_aChannels[uChannel], fTime);
+            ApplyChannel(aTransforms, *pChannel, fTime);
         }
         aKeys.push_back({fTime, ComposeTransforms(aTransforms)});
     }

@@ -306,7 +306,7 @@ public:
         std::string id, sid, name, type = "NODE";
         std::string strUserProperties;      // extra/technique/user_properties
         std::vector<Transform> aTransforms; // in document order
-        CMatrix44 mTransform;               // aTransforms composed
+        CMatrix44 mTransform;               // aTransforms composed; what the writer writes
         Node* pParent = nullptr;
         std::vector<std::unique_ptr<Node>> aChildren;
         std::vector<Instance> aInstances;
@@ -385,6 +385,7 @@ public:
     // Writes the fixed shape to a temporary file beside pcPath, then renames it into place.
     // False (and logged) when the file cannot be written.
     bool Write(const char* pcPath) const;
+    // The fixed shape as UTF-8 text.
     void WriteMemory(std::string& strOut) const;
     // Empties every list and restores the defaults.
     void Clear();
@@ -437,8 +438,9 @@ public:
     // The node's local matrix at every key time of every channel that targets it, merged
     // and sorted. Each channel is sampled at each time (linear between keys, held at the
     // ends) and written into the transform element it names, then the elements are composed.
-    // An empty list when no channel targets the node.
-    void GetNodeKeys(const Node& node, std::vector<NodeKey>& aKeys) const;
+    // An empty list when no channel targets the node. With iClip, only the channels of that
+    // clip's animations count (a take of a file with several).
+    void GetNodeKeys(const Node& node, std::vector<NodeKey>& aKeys, int32_t iClip = -1) const;
 
     // Matrix conversion between Collada's 16 numbers and the engine's form.
     static CMatrix44 MatrixFromCollada(const float* pfValues);

@@ -207,11 +207,19 @@ bool CColladaReader::Read(pugi::xml_node collada)
         return false;
     }
     ReadMaterials(collada.child("library_materials"));
-    return ReadGeometries(collada.child("library_geometries")) &&
-           ReadControllers(collada.child("library_controllers")) &&
-           ReadLights(collada.child("library_lights")) && ReadCameras(collada.child("library_cameras")) &&
-           ReadScene(collada) && ReadAnimations(collada.child("library_animations")) &&
-           (ReadAnimationClips(collada.child("library_animation_clips")), true);
+    if (!ReadGeometries(collada.child("library_geometries")) ||
+        !ReadControllers(collada.child("library_controllers")) ||
+        !ReadLights(collada.child("library_lights")))
+    {
+        return false;
+    }
+    ReadCameras(collada.child("library_cameras"));
+    if (!ReadScene(collada) || !ReadAnimations(collada.child("library_animations")))
+    {
+        return false;
+    }
+    ReadAnimationClips(collada.child("library_animation_clips"));
+    return true;
 }
 
 void CColladaReader::ReadAsset(pugi::xml_node asset)
@@ -419,7 +427,7 @@ void CColladaReader::ReadLightExtras(pugi::xml_node element, CColladaFile::Light
 // ---------------------------------------------------------------------------------------
 // Cameras
 
-bool CColladaReader::ReadCameras(pugi::xml_node library)
+void CColladaReader::ReadCameras(pugi::xml_node library)
 {
     for (pugi::xml_node element : library.children("camera"))
     {
@@ -443,7 +451,6 @@ bool CColladaReader::ReadCameras(pugi::xml_node library)
         m_mapCameras[element.attribute("id").value()] = int32_t(m_file.m_aCameras.size());
         m_file.m_aCameras.push_back(std::move(camera));
     }
-    return true;
 }
 
 } // namespace Kestrin::Utility

@@ -55,7 +55,7 @@ private:
     bool ReadGeometries(pugi::xml_node library);
     bool ReadControllers(pugi::xml_node library);
     bool ReadLights(pugi::xml_node library);
-    bool ReadCameras(pugi::xml_node library);
+    void ReadCameras(pugi::xml_node library);
     bool ReadScene(pugi::xml_node collada);
     bool ReadAnimations(pugi::xml_node library);
     void ReadAnimationClips(pugi::xml_node library);

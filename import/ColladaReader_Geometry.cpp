@@ -16,6 +16,8 @@ namespace
 {
 // Offsets beyond this are taken as broken data rather than as a corner of 65 indices.
 constexpr uint32_t MAX_OFFSET = 64;
+// Counts in a document only reserve memory up to this; longer lists grow as they are read.
+constexpr size_t MAX_RESERVE = size_t(1) << 22;
 
 Semantic SemanticOf(std::string_view str)
 {
@@ -251,7 +253,7 @@ bool CColladaReader::ReadPrimitiveIndices(pugi::xml_node element, CColladaFile::
         return true;
     }
     // The declared count only reserves memory, and only so much.
-    prim.aIndices.reserve(std::min<size_t>(size_t(1) << 22, size_t(prim.uCount) * 3 * prim.uStride));
+    prim.aIndices.reserve(std::min<size_t>(MAX_RESERVE, size_t(prim.uCount) * 3 * prim.uStride));
     if (!ParseUInts(CText(element.child("p")), prim.aIndices, &pBad))
     {
         return Fail("geometry '%s': %s <p> holds \"%.20s\", not an index", pcMesh, pcKind, pBad);
@@ -485,46 +487,54 @@ bool CColladaReader::ReadSkinWeights(pugi::xml_node skin, CColladaFile::Skin& ou
         }
     }
     std::vector<uint32_t> aVCount;
-    std::vector<int32_t> aV;
-    if (!ParseUInts(CText(weights.child("vcount")), aVCount) || !ParseInts(CText(weights.child("v")), aV))
+    aVCount.reserve(std::min<size_t>(uVertices, MAX_RESERVE));
+    if (!ParseUInts(CText(weights.child("vcount")), aVCount))
     {
-        return Fail("skin '%s': <vcount> or <v> holds something other than numbers", out.id.c_str());
+        return Fail("skin '%s': <vcount> holds something other than counts", out.id.c_str());
     }
     if (aVCount.size() != uVertices)
     {
         return Fail("skin '%s': vertex_weights count %u disagrees with its %zu vcount entries",
                     out.id.c_str(), uVertices, aVCount.size());
     }
+    out.aFirst.resize(aVCount.size() + 1);
+    out.aFirst[0] = 0;
     uint64_t uTotal = 0;
-    for (uint32_t u : aVCount)
+    for (size_t v = 0; v < aVCount.size(); ++v)
     {
-        uTotal += u;
+        uTotal += aVCount[v];
+        out.aFirst[v + 1] = uint32_t(std::min<uint64_t>(uTotal, 0xffffffffu));
+    }
+    if (uTotal > 0xffffffffu)
+    {
+        return Fail("skin '%s': vcount adds up to more influences than a skin can hold", out.id.c_str());
+    }
+    std::vector<int32_t> aV;
+    aV.reserve(std::min<uint64_t>(uTotal * uStride, MAX_RESERVE));
+    if (!ParseInts(CText(weights.child("v")), aV))
+    {
+        return Fail("skin '%s': <v> holds something other than indices", out.id.c_str());
     }
     if (uTotal * uStride != aV.size())
     {
         return Fail("skin '%s': %llu influences need %llu numbers in <v>, it has %zu", out.id.c_str(),
                     (unsigned long long)uTotal, (unsigned long long)(uTotal * uStride), aV.size());
     }
-    out.aFirst.reserve(aVCount.size() + 1);
-    out.aFirst.push_back(0);
-    for (uint32_t u : aVCount)
-    {
-        out.aFirst.push_back(out.aFirst.back() + u);
-    }
-    out.aJoint.reserve(size_t(uTotal));
-    out.aWeight.reserve(size_t(uTotal));
-    for (size_t i = 0; i < aV.size(); i += uStride)
+    out.aJoint.resize(size_t(uTotal));
+    out.aWeight.resize(size_t(uTotal));
+    const int32_t iJoints = int32_t(out.aJoints.size());
+    for (size_t i = 0, k = 0; k < uTotal; ++k, i += uStride)
     {
         int32_t iJoint = jointInput ? aV[i + uJointOffset] : -1;
         int32_t iWeight = weightInput ? aV[i + uWeightOffset] : -1;
-        if (iJoint < -1 || iJoint >= int32_t(out.aJoints.size()) ||
+        if (iJoint < -1 || iJoint >= iJoints ||
             (weightInput && (iWeight < 0 || uint32_t(iWeight) >= weightValues.uCount)))
         {
-            return Fail("skin '%s': influence %zu has joint %d of %zu or weight %d of %u", out.id.c_str(),
-                        i / uStride, iJoint, out.aJoints.size(), iWeight, weightValues.uCount);
+            return Fail("skin '%s': influence %zu has joint %d of %d or weight %d of %u", out.id.c_str(), k,
+                        iJoint, iJoints, iWeight, weightValues.uCount);
         }
-        out.aJoint.push_back(iJoint);
-        out.aWeight.push_back(weightInput ? weightValues.Element(uint32_t(iWeight))[0] : 1.0f);
+        out.aJoint[k] = iJoint;
+        out.aWeight[k] = weightInput ? weightValues.afValues[size_t(iWeight) * weightValues.uStride] : 1.0f;
     }
     return true;
 }

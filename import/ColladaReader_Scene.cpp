@@ -108,9 +108,12 @@ bool CColladaReader::ReadNode(pugi::xml_node element, Node& node, uint32_t uDept
         }
         if (!strcmp(pcName, "extra"))
         {
-            if (node.strUserProperties.empty())
+            for (pugi::xml_node technique : child.children("technique"))
             {
-                node.strUserProperties = Trim(Text(child.child("technique").child("user_properties")));
+                if (node.strUserProperties.empty())
+                {
+                    node.strUserProperties = Trim(Text(technique.child("user_properties")));
+                }
             }
             continue;
         }

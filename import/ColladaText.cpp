@@ -1,6 +1,7 @@
 #include "import/ColladaText.h"
 
 #include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -195,19 +196,25 @@ bool ParseInts(const char* pcText, std::vector<int32_t>& aOut, const char** ppBa
 {
     for (const char* p = SkipSpace(pcText ? pcText : ""); *p; p = SkipSpace(p))
     {
-        const char* pEnd = TokenEnd(p);
-        int32_t i = 0;
-        std::from_chars_result r = std::from_chars(SkipPlus(p, pEnd), pEnd, i);
-        if (r.ec != std::errc() || r.ptr != pEnd)
+        const char* pStart = p;
+        bool bNegative = *p == '-';
+        p += (*p == '-' || *p == '+') ? 1 : 0;
+        const char* pDigits = p;
+        int64_t i = 0;
+        for (int n = 0; n < 11 && uint8_t(*p - '0') < 10; ++n, ++p)
+        {
+            i = i * 10 + (*p - '0');
+        }
+        i = bNegative ? -i : i;
+        if (p == pDigits || i < INT32_MIN || i > INT32_MAX || (*p && !IsSpace(*p)))
         {
             if (ppBad)
             {
-                *ppBad = p;
+                *ppBad = pStart;
             }
             return false;
         }
-        aOut.push_back(i);
-        p = pEnd;
+        aOut.push_back(int32_t(i));
     }
     return true;
 }

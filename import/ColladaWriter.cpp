@@ -518,7 +518,8 @@ void CColladaWriter::WriteNode(pugi::xml_node parent, const CColladaFile::Node& 
     {
         element.append_attribute("sid") = node.sid.c_str();
     }
-    element.append_attribute("type") = node.type.c_str();
+    // Joints are not written as such: the shape has no skins.
+    element.append_attribute("type") = "NODE";
     float af[16];
     CColladaFile::MatrixToCollada(node.mTransform * mUpAxis, af);
     std::string strMatrix;

@@ -60,6 +60,13 @@ TEST(ColladaRead, MissingLibrariesAreEmpty)
     EXPECT_TRUE(file.Channels().empty());
     EXPECT_TRUE(file.GetWarnings().empty());
     EXPECT_EQ(file.m_fAnimStart, 0.0f);
+
+    ASSERT_TRUE(file.ReadMemory(ColladaTestDocs::NODES, strlen(ColladaTestDocs::NODES)));
+    file.Clear();
+    EXPECT_EQ(file.upAxis, CColladaFile::Y_UP);
+    EXPECT_TRUE(file.Nodes().empty());
+    EXPECT_TRUE(file.Meshes().empty());
+    EXPECT_EQ(file.FindNode("root"), nullptr);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -519,6 +526,14 @@ TEST(ColladaRead, NodeKeysMergeTheChannelsOfANode)
     EXPECT_EQ(aKeys[1].mTransform.GetTranslation(), (CVec3{4, 5, 6}));
     CColladaFile::Node still;
     file.GetNodeKeys(still, aKeys);
+    EXPECT_TRUE(aKeys.empty());
+
+    // Within the clip "walk" (animations "outer" and "rest"), "max" does not move.
+    file.GetNodeKeys(*file.FindNode("max"), aKeys, 0);
+    EXPECT_TRUE(aKeys.empty());
+    file.GetNodeKeys(*file.FindNode("mat"), aKeys, 0);
+    EXPECT_EQ(aKeys.size(), 2u);
+    file.GetNodeKeys(*file.FindNode("mat"), aKeys, 1);
     EXPECT_TRUE(aKeys.empty());
 }
 
