@@ -5,7 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <unistd.h>
 
 using namespace Kestrin::Utility;
 
@@ -184,6 +187,29 @@ TEST(ColladaBadInput, DocumentsThatAreNotCollada)
     CColladaFile file;
     EXPECT_FALSE(file.Read("/nonexistent/folder/model.dae"));
     EXPECT_EQ(file.GetError(), "cannot open the file");
+
+    // The same from files: the buffer the document took over is freed on failure too.
+    std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("collada_bad_" + std::to_string(getpid()));
+    std::filesystem::create_directories(folder);
+    const struct
+    {
+        const char* pcName;
+        std::string strBytes;
+        const char* pcError;
+    } aFiles[] = {
+        {"empty.dae", "", "not XML: No document element found at byte 0"},
+        {"cut.dae", "<COLLADA><asset><up_axis>Z_UP</up", "not XML: Start-end tags mismatch at byte 31"},
+        {"other.dae", "<xml/>", "not a Collada document (its root element is <xml>)"},
+    };
+    for (const auto& bad : aFiles)
+    {
+        std::string strPath = (folder / bad.pcName).string();
+        std::ofstream(strPath, std::ios::binary) << bad.strBytes;
+        EXPECT_FALSE(file.Read(strPath.c_str())) << bad.pcName;
+        EXPECT_EQ(file.GetError(), bad.pcError);
+    }
+    std::filesystem::remove_all(folder);
 }
 
 TEST(ColladaBadInput, AFailedReadLeavesTheObjectAsItWas)

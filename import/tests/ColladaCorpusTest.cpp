@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 using namespace Kestrin::Utility;
@@ -42,25 +41,39 @@ struct Counts
         uCameras, uSkins, uSkinJoints, uAnimations, uChannels;
 };
 
+// The lines "<file>: meshes=1 triangles=12 nodes=2 (roots=1, depth=2, joints=0) | polygons=..."
+// of the table, their values in that order.
 std::vector<Counts> ReadCountTable(const fs::path& sources)
 {
+    static const char* const s_apcKeys[] = {"meshes",  "triangles", "nodes",       "roots",      "depth",
+                                            "joints",  "polygons",  "materials",   "images",     "lights",
+                                            "cameras", "skins",     "skin_joints", "animations", "channels"};
     std::ifstream in(sources);
-    std::regex line(
-        R"(^(\S+): meshes=(\d+) triangles=(\d+) nodes=(\d+) \(roots=(\d+), depth=(\d+), joints=(\d+)\) \| )"
-        R"(polygons=(\d+) materials=(\d+) images=(\d+) lights=(\d+) cameras=(\d+) skins=(\d+) )"
-        R"(skin_joints=(\d+) animations=(\d+) channels=(\d+)$)");
     std::vector<Counts> aCounts;
     std::string strLine;
     while (std::getline(in, strLine))
     {
-        std::smatch m;
-        if (!std::regex_match(strLine, m, line))
+        size_t uColon = strLine.find(": meshes=");
+        if (uColon == std::string::npos || strLine.find(' ') < uColon)
         {
             continue;
         }
-        auto n = [&](int i) { return uint32_t(std::stoul(m[i].str())); };
-        aCounts.push_back({m[1].str(), n(2), n(3), n(4), n(5), n(6), n(7), n(8), n(9), n(10), n(11), n(12),
-                           n(13), n(14), n(15), n(16)});
+        std::vector<uint32_t> au;
+        bool bKeysMatch = true;
+        for (size_t uEq = strLine.find('='); uEq != std::string::npos; uEq = strLine.find('=', uEq + 1))
+        {
+            size_t uKey = strLine.find_last_of(" (", uEq) + 1;
+            bKeysMatch = bKeysMatch && au.size() < std::size(s_apcKeys) &&
+                         strLine.compare(uKey, uEq - uKey, s_apcKeys[au.size()]) == 0;
+            au.push_back(uint32_t(std::stoul(strLine.substr(uEq + 1))));
+        }
+        EXPECT_TRUE(bKeysMatch && au.size() == std::size(s_apcKeys)) << strLine;
+        if (!bKeysMatch || au.size() != std::size(s_apcKeys))
+        {
+            continue;
+        }
+        aCounts.push_back({strLine.substr(0, uColon), au[0], au[1], au[2], au[3], au[4], au[5], au[6], au[7],
+                           au[8], au[9], au[10], au[11], au[12], au[13], au[14]});
     }
     return aCounts;
 }
