@@ -633,6 +633,10 @@ void CColladaFile::WriteMemory(std::string& strOut) const
 
 bool CColladaFile::Write(const char* pcPath) const
 {
+    if (!pcPath || !*pcPath)
+    {
+        return false;
+    }
     std::string strText;
     WriteMemory(strText);
     std::string strTemp = std::string(pcPath) + ".tmp";
