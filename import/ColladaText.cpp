@@ -1,6 +1,8 @@
 #include "import/ColladaText.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -40,22 +42,25 @@ const char* FastFloat(const char* p, float& f)
     bool bNegative = *p == '-';
     p += (*p == '-' || *p == '+') ? 1 : 0;
     uint64_t uMantissa = 0;
-    int iDigits = 0, iExponent = 0, iSeen = 0;
-    for (; uint8_t(*p - '0') < 10; ++p, ++iSeen)
+    const char* pDigits = p;
+    for (; uint8_t(*p - '0') < 10; ++p)
     {
         uMantissa = uMantissa * 10 + uint64_t(*p - '0');
-        iDigits += uMantissa != 0;
     }
+    ptrdiff_t iCount = p - pDigits;
+    int iExponent = 0;
     if (*p == '.')
     {
-        for (++p; uint8_t(*p - '0') < 10; ++p, ++iSeen)
+        const char* pFraction = ++p;
+        for (; uint8_t(*p - '0') < 10; ++p)
         {
             uMantissa = uMantissa * 10 + uint64_t(*p - '0');
-            iDigits += uMantissa != 0;
-            --iExponent;
         }
+        iExponent = -int(std::min<ptrdiff_t>(p - pFraction, 1000));
+        iCount += p - pFraction;
     }
-    if (iSeen == 0 || iDigits > 19)
+    // More than 19 digits may have overflowed the mantissa: from_chars reads those.
+    if (iCount == 0 || iCount > 19)
     {
         return nullptr;
     }
@@ -174,12 +179,12 @@ bool ParseUInts(const char* pcText, std::vector<uint32_t>& aOut, const char** pp
     {
         const char* pStart = p;
         uint64_t u = 0;
-        // Eleven digits cannot overflow 64 bits; more than ten cannot fit 32.
-        for (int i = 0; i < 11 && uint8_t(*p - '0') < 10; ++i, ++p)
+        for (; uint8_t(*p - '0') < 10; ++p)
         {
             u = u * 10 + uint64_t(*p - '0');
         }
-        if (p == pStart || u > 0xffffffffu || (*p && !IsSpace(*p)))
+        // More than ten digits do not fit (and may have wrapped).
+        if (p == pStart || p - pStart > 10 || u > 0xffffffffu || (*p && !IsSpace(*p)))
         {
             if (ppBad)
             {
