@@ -3,6 +3,8 @@
 #include "import/ColladaFile.h"
 
 #include <algorithm>
+#include <cmath>
+#include <iterator>
 #include <strings.h>
 
 namespace Kestrin::Utility
@@ -234,10 +236,12 @@ void CColladaFile::GetNodeKeys(const Node& node, std::vector<NodeKey>& aKeys, in
             apChannels.push_back(&channel);
         }
     }
+    // A time that is not a number has no place in the order (and would break the sort).
     std::vector<float> afTimes;
     for (const Channel* pChannel : apChannels)
     {
-        afTimes.insert(afTimes.end(), pChannel->afTimes.begin(), pChannel->afTimes.end());
+        std::copy_if(pChannel->afTimes.begin(), pChannel->afTimes.end(), std::back_inserter(afTimes),
+                     [](float f) { return !std::isnan(f); });
     }
     std::sort(afTimes.begin(), afTimes.end());
     afTimes.erase(std::unique(afTimes.begin(), afTimes.end()), afTimes.end());

@@ -528,6 +528,15 @@ TEST(ColladaRead, NodeKeysMergeTheChannelsOfANode)
     file.GetNodeKeys(still, aKeys);
     EXPECT_TRUE(aKeys.empty());
 
+    // Key times that are not numbers are left out of the merge.
+    CColladaFile odd;
+    std::string strOdd = ColladaTestDocs::ANIMATIONS;
+    strOdd.replace(strOdd.find("2 2.5 4"), 7, "nan 2.5 nan");
+    ASSERT_TRUE(odd.ReadMemory(strOdd.data(), strOdd.size())) << odd.GetError();
+    odd.GetNodeKeys(*odd.FindNode("maya"), aKeys);
+    ASSERT_EQ(aKeys.size(), 3u);
+    EXPECT_EQ(aKeys[1].fTime, 0.5f);
+
     // Within the clip "walk" (animations "outer" and "rest"), "max" does not move.
     file.GetNodeKeys(*file.FindNode("max"), aKeys, 0);
     EXPECT_TRUE(aKeys.empty());
