@@ -131,8 +131,8 @@ const char* ParseOneFloat(const char* p, float& f)
     if (r.ec == std::errc::result_out_of_range)
     {
         // from_chars leaves f as it was.
-        const char* pE = strpbrk(ac, "eE");
-        bool bTiny = pE && pE < ac + uLength && pE[1] == '-';
+        const char* pE = std::find_if(ac, ac + uLength, [](char c) { return c == 'e' || c == 'E'; });
+        bool bTiny = pE + 1 < ac + uLength && pE[1] == '-';
         f = bTiny ? 0.0f : std::numeric_limits<float>::infinity();
         f = *pToken == '-' ? -f : f;
     }

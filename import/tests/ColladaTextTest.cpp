@@ -83,6 +83,14 @@ TEST(ColladaText, ListsAndTheirMalformedTokens)
     EXPECT_TRUE(std::signbit(af[6]));
     EXPECT_EQ(af[7], 0.0f);
     EXPECT_TRUE(std::isinf(af[8]));
+    // Out of range through the slow path (too many digits for the fast one): sign and size kept.
+    af.clear();
+    EXPECT_TRUE(
+        ColladaText::ParseFloats("-1234567890123456789012e30 1234567890123456789012e-80 9e99999", af));
+    ASSERT_EQ(af.size(), 3u);
+    EXPECT_TRUE(std::isinf(af[0]) && af[0] < 0);
+    EXPECT_EQ(af[1], 0.0f);
+    EXPECT_TRUE(std::isinf(af[2]) && af[2] > 0);
     EXPECT_TRUE(ColladaText::ParseFloats(nullptr, af));
     const char* pBad = nullptr;
     const char* pcText = "1 2 1.#QNAN 4";
