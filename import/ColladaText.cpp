@@ -117,7 +117,7 @@ const char* ParseOneFloat(const char* p, float& f)
     }
     const char* pEnd = TokenEnd(p);
     const char* pToken = SkipPlus(p, pEnd);
-    char ac[64];
+    char ac[64] = {};
     size_t uLength = size_t(pEnd - pToken);
     if (uLength >= sizeof(ac))
     {
