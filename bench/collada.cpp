@@ -370,9 +370,9 @@ void BM_ColladaSkinned_Assimp(benchmark::State& state)
 }
 } // namespace
 
-BENCHMARK(BM_ColladaStatic_Ours)->Unit(benchmark::kMillisecond)->MinTime(1.0);
-BENCHMARK(BM_ColladaStatic_Assimp)->Unit(benchmark::kMillisecond)->MinTime(1.0);
-BENCHMARK(BM_ColladaSkinned_Ours)->Unit(benchmark::kMillisecond)->MinTime(1.0);
-BENCHMARK(BM_ColladaSkinned_Assimp)->Unit(benchmark::kMillisecond)->MinTime(1.0);
+BENCHMARK(BM_ColladaStatic_Ours)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ColladaStatic_Assimp)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ColladaSkinned_Ours)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ColladaSkinned_Assimp)->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();
