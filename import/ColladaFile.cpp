@@ -68,7 +68,7 @@ bool CColladaFile::Read(const char* pcPath)
     if (!pcPath || !file.Open(pcPath, GUtFile::MODE_ALWAYS | GUtFile::MODE_BINARY | GUtFile::MODE_READ, true))
     {
         m_strError = "cannot open the file";
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcPath ? pcPath : "(null)",
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcPath ? pcPath : "(null)",
                                  m_strError.c_str());
         return false;
     }
@@ -76,7 +76,7 @@ bool CColladaFile::Read(const char* pcPath)
     if (iSize > MAX_FILE_SIZE)
     {
         m_strError = "the file is larger than 1 GiB";
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcPath, m_strError.c_str());
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcPath, m_strError.c_str());
         return false;
     }
     // The bytes go straight into a buffer the document takes over and parses in place.
@@ -98,7 +98,7 @@ bool CColladaFile::Read(const char* pcPath)
     {
         pugi::get_memory_deallocation_function()(pBuffer);
         m_strError = "cannot read the file";
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcPath, m_strError.c_str());
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcPath, m_strError.c_str());
         return false;
     }
     pugi::xml_parse_result result =
@@ -107,7 +107,7 @@ bool CColladaFile::Read(const char* pcPath)
     {
         m_strError =
             std::string("not XML: ") + result.description() + " at byte " + std::to_string(result.offset);
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcPath, m_strError.c_str());
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcPath, m_strError.c_str());
         return false;
     }
     if (!loaded._ReadDocument(pcPath))
@@ -128,7 +128,7 @@ bool CColladaFile::ReadMemory(const void* pData, size_t uSize)
     {
         m_strError =
             std::string("not XML: ") + result.description() + " at byte " + std::to_string(result.offset);
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", "(memory)", m_strError.c_str());
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", "(memory)", m_strError.c_str());
         return false;
     }
     if (!loaded._ReadDocument("(memory)"))
@@ -157,7 +157,7 @@ bool CColladaFile::_ReadDocument(const char* pcName)
         }
         m_strError = reader.Error();
     }
-    GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s\n", pcName, m_strError.c_str());
+    GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: %s", pcName, m_strError.c_str());
     return false;
 }
 

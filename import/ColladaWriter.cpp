@@ -665,7 +665,7 @@ bool CColladaFile::Write(const char* pcPath) const
     if (!bWritten || std::rename(strTemp.c_str(), pcPath) != 0)
     {
         std::remove(strTemp.c_str());
-        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: cannot write the file\n", pcPath);
+        GUtLog::Get().DisplayMsg(LogError, "CColladaFile", "%s: cannot write the file", pcPath);
         return false;
     }
     return true;
