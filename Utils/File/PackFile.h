@@ -124,7 +124,8 @@ private:
     void _SortTree(CSubDir* pDir);
     size_t _DirSegSize(const CSubDir* pDir) const;
     void _WriteDir(const CSubDir* pDir, std::vector<uint8_t>& out) const;
-    bool _WritePack(const char* pcTarget);
+    // Writes the whole pack to pcTemporary; messages name pcTarget.
+    bool _WritePack(const char* pcTemporary, const char* pcTarget);
     bool _CopyEntry(IFileIO& target, uint64_t uDataOffset, CSubFileInfo& info, const char* pcTarget);
 
     CPathMap m_map;

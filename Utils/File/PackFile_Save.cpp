@@ -1,5 +1,6 @@
 // CPackFile: saving. A pack is always written whole to "<target>__" and renamed into place,
 // so a failed save leaves the old file as it was.
+#include "Utils/File/FileUtility.h"
 #include "Utils/File/PackFile.h"
 #include "Utils/File/Posix/FileIOImpl_Posix.h"
 #include "Utils/Utility/GUtDebug.h"
@@ -44,7 +45,12 @@ bool CPackFile::SaveFile(const char* pcPath)
         return false;
     }
     const std::string temporary = target + "__";
-    if (!_WritePack(temporary.c_str()))
+    const std::string folder = GUtPath::FolderOf(target);
+    if (!folder.empty())
+    {
+        CFileUtility::MakeFolders(folder.c_str());
+    }
+    if (!_WritePack(temporary.c_str(), target.c_str()))
     {
         ::unlink(temporary.c_str());
         return false;
@@ -130,7 +136,7 @@ void CPackFile::_WriteDir(const CSubDir* pDir, std::vector<uint8_t>& out) const
     }
 }
 
-bool CPackFile::_WritePack(const char* pcTarget)
+bool CPackFile::_WritePack(const char* pcTemporary, const char* pcTarget)
 {
     const uint64_t uDataSize = _AssignDataPositions();
     _SortTree(m_pRootDir);
@@ -150,7 +156,7 @@ bool CPackFile::_WritePack(const char* pcTarget)
         compress(packed.data(), &uPackedSize, dir.data(), static_cast<uLong>(dir.size())) == Z_OK;
     const uint64_t uTotal = CHeader::HEADER_SIZE + uint64_t(uPackedSize) + uDataSize;
     CFileIOImpl_Posix out;
-    if (!bCompressed || uTotal > UINT32_MAX || !out.CreateFile(pcTarget, uTotal))
+    if (!bCompressed || uTotal > UINT32_MAX || !out.CreateFile(pcTemporary, uTotal))
     {
         GUtLog::Get().DisplayMsg(false, 1, SAVE_TITLE, "Create file - %s fail", pcTarget);
         return false;

@@ -8,3 +8,8 @@ struct EdToolCommand
     const char* pcUsage; // one or more lines, each "edtool <name> ..."
     int (*pMain)(int argc, char** argv);
 };
+
+// edtool pak (PakCommand.cpp).
+inline constexpr const char* PAK_USAGE = "edtool pak list FILE.PAK\nedtool pak extract FILE.PAK DIR\n"
+                                         "edtool pak create FILE.PAK DIR\nedtool pak check FILE.PAK";
+int PakMain(int argc, char** argv);

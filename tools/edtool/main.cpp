@@ -7,6 +7,7 @@
 namespace
 {
 const EdToolCommand g_aCommands[] = {
+    {"pak", PAK_USAGE, &PakMain},
     {nullptr, nullptr, nullptr},
 };
 
