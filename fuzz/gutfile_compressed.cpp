@@ -35,8 +35,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t uSize)
     {
         return 0;
     }
-    const uint32_t uMode = GUtFile::MODE_ALWAYS | GUtFile::MODE_BINARY | GUtFile::MODE_READ | GUtFile::MODE_MEMORY |
-                           GUtFile::MODE_COMPRESSED;
+    const uint32_t uMode = GUtFile::MODE_ALWAYS | GUtFile::MODE_BINARY | GUtFile::MODE_READ |
+                           GUtFile::MODE_MEMORY | GUtFile::MODE_COMPRESSED;
     GUtFile file;
     if (uSize > 0 && pData[0] & 1)
     {

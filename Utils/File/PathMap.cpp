@@ -145,7 +145,8 @@ size_t CPathMap::_FindSlot(std::string_view path, uint64_t uHash) const
     size_t i = uHash & uMask;
     while (m_slots[i].uHash)
     {
-        if (m_slots[i].uHash == uHash && EqualNoCase(m_slots[i].pInfo->GetFullName(), path))
+        const Slot& slot = m_slots[i];
+        if (slot.uHash == uHash && EqualNoCase(std::string_view(slot.pcName, slot.uLength), path))
         {
             return i;
         }
@@ -160,13 +161,14 @@ bool CPathMap::Insert(CSubFileInfo* pInfo)
     {
         _Grow(std::max<size_t>(16, m_slots.size() * 2));
     }
-    const uint64_t uHash = Hash(pInfo->GetFullName());
-    const size_t i = _FindSlot(pInfo->GetFullName(), uHash);
+    const std::string_view name = pInfo->GetFullName();
+    const uint64_t uHash = Hash(name);
+    const size_t i = _FindSlot(name, uHash);
     if (m_slots[i].uHash)
     {
         return false;
     }
-    m_slots[i] = Slot{uHash, pInfo};
+    m_slots[i] = Slot{uHash, name.data(), name.size(), pInfo};
     ++m_uCount;
     return true;
 }

@@ -38,9 +38,12 @@ public:
     static int CompareUpper(std::string_view a, std::string_view b);
 
 private:
+    // The name is kept in the slot so that a lookup compares without touching the info.
     struct Slot
     {
         uint64_t uHash = 0;
+        const char* pcName = nullptr;
+        size_t uLength = 0;
         CSubFileInfo* pInfo = nullptr;
     };
     void _Grow(size_t uCapacity);

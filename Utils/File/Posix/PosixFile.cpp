@@ -1,8 +1,11 @@
 #include "Utils/File/Posix/PosixFile.h"
 
+#include "Utils/File/Posix/FileIOImpl_PosixMapView.h"
+
 #include "Utils/Utility/GUtPath.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <string>
@@ -12,8 +15,16 @@
 namespace GLib::File
 {
 
+namespace
+{
+std::atomic<uint64_t> g_uNextFileId{1};
+} // namespace
+
+CPosixFile::CPosixFile() : uId(g_uNextFileId++) {}
+
 CPosixFile::~CPosixFile()
 {
+    CFileSectionImpl_PosixMapView::ForgetFile(uId);
     if (iHandle >= 0)
     {
         ::close(iHandle);

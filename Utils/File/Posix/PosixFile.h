@@ -15,8 +15,9 @@ struct CPosixFile
     int iHandle = -1;
     uint64_t uSize = 0;
     bool bWritable = false;
+    uint64_t uId; // unique in the process, naming the file's mapped views
 
-    CPosixFile() = default;
+    CPosixFile();
     ~CPosixFile();
     CPosixFile(const CPosixFile&) = delete;
     CPosixFile& operator=(const CPosixFile&) = delete;

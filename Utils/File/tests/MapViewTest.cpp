@@ -57,8 +57,9 @@ TEST(MapViewPool, HoldsAtMost100ViewsAndRemapsAnEvictedSection)
         EXPECT_EQ(0, memcmp(acBuffer, bytes.data() + i * PAGE + 100, 64)) << i;
         EXPECT_LE(CFileSectionImpl_PosixMapView::MappedViewCount(), 100u);
     }
-    // The 101st read unmapped the oldest view.
+    // The 101st read detached the oldest section; all of them share one mapped window.
     EXPECT_EQ(CFileSectionImpl_PosixMapView::MappedViewCount(), 100u);
+    EXPECT_EQ(CFileSectionImpl_PosixMapView::MappedWindowCount(), 1u);
     EXPECT_FALSE(AsMapView(sections[0].get())->IsMapped());
     EXPECT_TRUE(AsMapView(sections[1].get())->IsMapped());
     // Reading it again maps it afresh, at the cost of the next oldest.
@@ -74,6 +75,40 @@ TEST(MapViewPool, HoldsAtMost100ViewsAndRemapsAnEvictedSection)
     EXPECT_EQ(0, memcmp(acBuffer, bytes.data() + PAGE + 100, 8));
     sections.clear();
     EXPECT_EQ(CFileSectionImpl_PosixMapView::MappedViewCount(), 0u);
+    // The file went away with its last section: its kept window with it.
+    EXPECT_EQ(CFileSectionImpl_PosixMapView::MappedWindowCount(), 0u);
+}
+
+TEST(MapViewPool, ViewsOfTheirOwnCountTowardTheLimit)
+{
+    CScratch scratch;
+    const uint64_t uWindow = PAGE * CFileSectionImpl_PosixMapView::WINDOW_PAGES;
+    const size_t uCount = CFileSectionImpl_PosixMapView::MAX_MAPPED_VIEWS + 1;
+    // A sparse file: each section straddles a window boundary and needs a view of its own.
+    const std::string path = scratch / "sparse.bin";
+    WriteFile(path, std::string());
+    ASSERT_EQ(::truncate(path.c_str(), static_cast<off_t>((uCount + 1) * uWindow)), 0);
+    CFileIOImpl_PosixMapView io;
+    ASSERT_TRUE(io.OpenFile(path.c_str(), false, false));
+    std::vector<std::unique_ptr<IFileSection>> sections;
+    uint8_t acBuffer[20];
+    for (size_t i = 1; i <= uCount; ++i)
+    {
+        sections.emplace_back(io.CreateSection(i * uWindow - 10, 20));
+        ASSERT_EQ(sections.back()->Read(acBuffer, sizeof(acBuffer), 0, 20), 20u);
+        EXPECT_LE(CFileSectionImpl_PosixMapView::MappedWindowCount(), 100u);
+    }
+    EXPECT_EQ(CFileSectionImpl_PosixMapView::MappedViewCount(), 100u);
+    EXPECT_EQ(CFileSectionImpl_PosixMapView::MappedWindowCount(), 100u);
+    EXPECT_FALSE(AsMapView(sections[0].get())->IsMapped());
+    // One small section inside a window: the window replaces an unused view.
+    std::unique_ptr<IFileSection> pInside(io.CreateSection(5, 5));
+    ASSERT_EQ(pInside->Read(acBuffer, sizeof(acBuffer), 0, 5), 5u);
+    EXPECT_LE(CFileSectionImpl_PosixMapView::MappedWindowCount(), 100u);
+    sections.clear();
+    pInside.reset();
+    io.CloseFile();
+    EXPECT_EQ(CFileSectionImpl_PosixMapView::MappedWindowCount(), 0u);
 }
 
 TEST(MapViewPool, SectionsAreCutAtTheEndOfTheFile)
