@@ -150,8 +150,14 @@ int32_t GUtFile::_ReadMemory(uint8_t* p, int32_t iCount)
         {
             // A compressed file holds one block per flush: go on with the next one.
             const bool bNextBlock = (m_uMode & MODE_COMPRESSED) && !_IsWriting() && !m_pBackend->IsEof();
-            if (!bNextBlock || !_InitCompressData())
+            if (!bNextBlock)
             {
+                break;
+            }
+            if (!_InitCompressData())
+            {
+                // A broken block ends the file: what follows it can't be told apart.
+                m_pBackend->SeekEnd(0);
                 break;
             }
             continue;

@@ -258,6 +258,22 @@ TEST(GUtFileCompressed, EachFlushWritesABlockAndReadingTakesThemInTurn)
     EXPECT_EQ(file.ReadChars(acBuffer, 32), 12);
     EXPECT_EQ(std::string(acBuffer, 12), "first,second");
 
+    // A broken block after a sound one ends the file there, however often it is read.
+    std::vector<uint8_t> broken = Block("sound,");
+    CBytes tail;
+    tail.U32(5000).U32(0xFFFFFFFF).U32(0xFFFFFFFF);
+    broken.insert(broken.end(), tail.Data().begin(), tail.Data().end());
+    WriteFile(path, broken);
+    {
+        CLogCapture log;
+        ASSERT_TRUE(file.Open(path.c_str(), READ | COMPRESSED));
+        EXPECT_EQ(file.ReadChars(acBuffer, 32), 6);
+        EXPECT_EQ(file.ReadChars(acBuffer, 32), 0);
+        EXPECT_EQ(file.ReadChars(acBuffer, 32), 0);
+        ASSERT_EQ(log.Messages().size(), 1u);
+        EXPECT_EQ(log.Messages()[0].text, "read src. buffer fail !");
+    }
+
     // An empty file opens with nothing in it; closing with nothing written writes no block.
     ASSERT_TRUE(file.Open(path.c_str(), WRITE | COMPRESSED));
     file.Close();
