@@ -95,73 +95,19 @@ bool GUtFile::Open(const char* pcPath, uint32_t uMode, bool bQuiet, bool bAsync,
     m_uMode = uMode;
     m_iByteOrder = iByteOrder;
     m_uFlags = 0x0100 | 0x0001;
-
-    uint32_t uAccess = GUtFilePosix::ACCESS_READ;
-    uint32_t uDisposition = GUtFilePosix::OPEN_EXISTING;
-    const uint32_t uOpenMode = uMode & (MODE_READ | MODE_WRITE | MODE_APPEND);
-    const bool bAppend = uOpenMode == (MODE_READ | MODE_WRITE | MODE_APPEND);
-    if (uOpenMode == (MODE_READ | MODE_WRITE))
+    const bool bAppend =
+        (uMode & (MODE_READ | MODE_WRITE | MODE_APPEND)) == (MODE_READ | MODE_WRITE | MODE_APPEND);
+    if (bAppend)
     {
-        uAccess |= GUtFilePosix::ACCESS_WRITE;
-        uDisposition = GUtFilePosix::CREATE_ALWAYS;
-    }
-    else if (bAppend)
-    {
-        uAccess |= GUtFilePosix::ACCESS_WRITE;
-        uDisposition = GUtFilePosix::OPEN_ALWAYS;
         m_uFlags &= 0xFF00;
     }
-    const bool bWrite = _IsWriting();
-
-    // Packs from the search are read-only: only reading looks in them.
-    GLib::File::CSubFile* pSubFile = bWrite ? nullptr : GLib::File::OpenPackEntry(pcPath, true);
-    std::string path;
-    if (pSubFile)
-    {
-        m_pBackend = new GUtFileSystemPosix(pSubFile, true);
-        path = pcPath;
-    }
-    else
-    {
-        if (bWrite)
-        {
-            path = GUtPath::ResolveForWrite(pcPath);
-        }
-        else
-        {
-            GUtPath::ResolveExisting(pcPath, path);
-        }
-        if (bAsync && !m_pWaitContext)
-        {
-            m_pWaitContext = new GUtAsyncContext;
-        }
-        m_pBackend = new GUtFilePosix(uAccess, uDisposition, bAsync);
-    }
-    bool bOk = m_pBackend->Open(path.c_str());
-    if (!bOk && bWrite)
-    {
-        const std::string folder = GUtPath::FolderOf(path);
-        if (!folder.empty() && GUtCreateFolderChain(folder.c_str()))
-        {
-            bOk = m_pBackend->Open(path.c_str());
-        }
-    }
-    if (!bOk)
+    if (!_OpenBackend(pcPath, bAsync))
     {
         if (!bQuiet)
         {
-            if (g_bReportOpenFailureToLog)
-            {
-                GUtLog::Get().DisplayMsg(false, "GUtFile::GUtFile()", "open file %s Fail!", pcPath);
-            }
-            else
-            {
-                GUtLog::Get().Out().DisplayMsg(false, "GUtFile::GUtFile()", "open file %s Fail!", pcPath);
-            }
+            _ReportOpenFailure(pcPath);
         }
         m_uMode &= ~(MODE_MEMORY | MODE_COMPRESSED);
-        delete m_pBackend;
-        m_pBackend = nullptr;
         return false;
     }
     if (bAppend)
@@ -195,6 +141,67 @@ bool GUtFile::Open(const char* pcPath, uint32_t uMode, bool bQuiet, bool bAsync,
         return false;
     }
     return true;
+}
+
+bool GUtFile::_OpenBackend(const char* pcPath, bool bAsync)
+{
+    const bool bWrite = _IsWriting();
+    // Packs from the search are read-only: only reading looks in them.
+    GLib::File::CSubFile* pSubFile = bWrite ? nullptr : GLib::File::OpenPackEntry(pcPath, true);
+    std::string path;
+    if (pSubFile)
+    {
+        m_pBackend = new GUtFileSystemPosix(pSubFile, true);
+        path = pcPath;
+    }
+    else
+    {
+        uint32_t uAccess = GUtFilePosix::ACCESS_READ;
+        uint32_t uDisposition = GUtFilePosix::OPEN_EXISTING;
+        if (bWrite)
+        {
+            const bool bAppend = (m_uMode & MODE_APPEND) != 0;
+            uAccess |= GUtFilePosix::ACCESS_WRITE;
+            uDisposition = bAppend ? GUtFilePosix::OPEN_ALWAYS : GUtFilePosix::CREATE_ALWAYS;
+            path = GUtPath::ResolveForWrite(pcPath);
+        }
+        else
+        {
+            GUtPath::ResolveExisting(pcPath, path);
+        }
+        if (bAsync && !m_pWaitContext)
+        {
+            m_pWaitContext = new GUtAsyncContext;
+        }
+        m_pBackend = new GUtFilePosix(uAccess, uDisposition, bAsync);
+    }
+    bool bOk = m_pBackend->Open(path.c_str());
+    if (!bOk && bWrite)
+    {
+        const std::string folder = GUtPath::FolderOf(path);
+        if (!folder.empty() && GUtCreateFolderChain(folder.c_str()))
+        {
+            bOk = m_pBackend->Open(path.c_str());
+        }
+    }
+    if (!bOk)
+    {
+        delete m_pBackend;
+        m_pBackend = nullptr;
+    }
+    return bOk;
+}
+
+void GUtFile::_ReportOpenFailure(const char* pcPath)
+{
+    if (g_bReportOpenFailureToLog)
+    {
+        GUtLog::Get().DisplayMsg(false, "GUtFile::GUtFile()", "open file %s Fail!", pcPath);
+    }
+    else
+    {
+        GUtLog::Get().Out().DisplayMsg(false, "GUtFile::GUtFile()", "open file %s Fail!", pcPath);
+    }
 }
 
 void GUtFile::Close(bool bFlush)

@@ -158,6 +158,9 @@ public:
 
 protected:
     bool _IsWriting() const;
+    // Makes and opens the back end (pack entry or disk), making missing folders for writing.
+    bool _OpenBackend(const char* pcPath, bool bAsync);
+    void _ReportOpenFailure(const char* pcPath);
     bool _InitMemoryData();
     bool _WriteOutMemory();
     bool _InitCompressData();
