@@ -2,6 +2,7 @@
 
 #include "Utils/Utility/GUtLock.h"
 #include "Utils/Utility/GUtPath.h"
+#include "Utils/Utility/GUtTimeCountInfo.h"
 
 #include <atomic>
 #include <memory>
@@ -32,6 +33,17 @@ struct CPackSearch
     }
 };
 
+// Times the search as "FIND_PACK" while the profiler is on.
+class CFindPackTiming
+{
+public:
+    CFindPackTiming() { GUtTimeCountEnter(s_id, "FIND_PACK"); }
+    ~CFindPackTiming() { GUtTimeCountLeave(s_id); }
+
+private:
+    static inline GUtTimeCountId s_id{GUtTimeCountBase::ID_NEW};
+};
+
 bool EndsWithPak(const std::string& name)
 {
     return name.size() >= 4 && name.compare(name.size() - 4, 4, ".pak") == 0;
@@ -47,6 +59,7 @@ bool IsRegularFile(const std::string& name, std::string& resolved)
 
 CPackFile* FindPackFile(const char* pcPath, GUtString& subPath, bool bLoadFlag)
 {
+    CFindPackTiming timing;
     std::string path = GUtPath::ToSlashes(pcPath ? pcPath : "");
     for (char& c : path)
     {

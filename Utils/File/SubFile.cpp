@@ -3,6 +3,7 @@
 #include "Utils/File/PackFile.h"
 #include "Utils/File/PathMap.h"
 #include "Utils/Utility/GUtPath.h"
+#include "Utils/Utility/GUtTimeCountInfo.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -193,6 +194,15 @@ bool CSubFile::Seek(int64_t iPosition)
 }
 
 uint32_t CSubFile::Read(void* pBuffer, uint32_t uCount)
+{
+    static GUtTimeCountId s_timeCountId{GUtTimeCountBase::ID_NEW};
+    GUtTimeCountEnter(s_timeCountId, "SubFile_Read");
+    const uint32_t uRead = _Read(pBuffer, uCount);
+    GUtTimeCountLeave(s_timeCountId);
+    return uRead;
+}
+
+uint32_t CSubFile::_Read(void* pBuffer, uint32_t uCount)
 {
     if (m_pPack && m_pPack->IsRecordingAccess())
     {

@@ -176,6 +176,8 @@ public:
     bool GetFlag() const { return m_bFlag; }
 
 private:
+    uint32_t _Read(void* pBuffer, uint32_t uCount);
+
     GUtString m_strPath;
     CPackFile* m_pPack;
     CSubFileInfo* m_pInfo;

@@ -2,6 +2,7 @@
 #include "Utils/File/PackSearch.h"
 #include "Utils/File/tests/PackTestUtil.h"
 #include "Utils/Utility/GUtFile.h"
+#include "Utils/Utility/GUtTimeCountInfo.h"
 
 #include <gtest/gtest.h>
 
@@ -182,4 +183,15 @@ TEST_F(PackSearch, ThreadsOpenEntriesAtOnce)
         thread.join();
     }
     EXPECT_EQ(iErrors.load(), 0);
+}
+
+TEST_F(PackSearch, TheSearchAndEntryReadsAreTimedWhenTheProfilerIsOn)
+{
+    SavePack(m_scratch / "data.PAK", {{"a.txt", "packed"}});
+    GUtTimeCountManager::SetEnabled(true);
+    EXPECT_EQ(ReadWhole(m_scratch / "data/a.txt"), "packed");
+    GUtTimeCountManager::SetEnabled(false);
+    const GUtString dump = GUtTimeCountManager::Get().CurrentSection().Dump();
+    EXPECT_NE(dump.View().find("FIND_PACK"), std::string_view::npos) << dump.c_str();
+    EXPECT_NE(dump.View().find("SubFile_Read"), std::string_view::npos) << dump.c_str();
 }
