@@ -7,6 +7,8 @@
 namespace
 {
 const EdToolCommand g_aCommands[] = {
+    {"scene", SCENE_USAGE, &SceneMain},
+    {"dae", DAE_USAGE, &DaeMain},
     {"pak", PAK_USAGE, &PakMain},
     {nullptr, nullptr, nullptr},
 };
