@@ -1,6 +1,7 @@
 #include "scene/SceneDiskFile.h"
 
 #include "Utils/Utility/GUtFile.h"
+#include "Utils/Utility/GUtPath.h"
 
 #include <algorithm>
 #include <atomic>
@@ -70,19 +71,6 @@ void SyncFolderOf(const std::string& strPath)
 }
 } // namespace
 
-std::string DiskPath(const char* pcPath)
-{
-    std::string strPath = pcPath ? pcPath : "";
-    for (char& c : strPath)
-    {
-        if (c == '\\')
-        {
-            c = '/';
-        }
-    }
-    return strPath;
-}
-
 void SplitPath(const std::string& strPath, std::string& strFolder, std::string& strBase,
                std::string& strExtension)
 {
@@ -127,10 +115,9 @@ void SetReplaceFileHook(ReplaceFileHook pHook)
 
 bool ReadWholeFile(const char* pcPath, std::vector<uint8_t>& bytes)
 {
-    std::string strPath = DiskPath(pcPath);
     GUtFile file;
-    if (strPath.empty() ||
-        !file.Open(strPath.c_str(), GUtFile::MODE_ALWAYS | GUtFile::MODE_BINARY | GUtFile::MODE_READ, true))
+    if (!pcPath || !*pcPath ||
+        !file.Open(pcPath, GUtFile::MODE_ALWAYS | GUtFile::MODE_BINARY | GUtFile::MODE_READ, true))
     {
         return false;
     }
@@ -145,11 +132,12 @@ bool ReadWholeFile(const char* pcPath, std::vector<uint8_t>& bytes)
 
 bool ReplaceFile(const char* pcPath, const uint8_t* pData, int32_t iSize)
 {
-    std::string strPath = DiskPath(pcPath);
-    if (strPath.empty() || iSize < 0 || (iSize > 0 && !pData))
+    if (!pcPath || !*pcPath || iSize < 0 || (iSize > 0 && !pData))
     {
         return false;
     }
+    // An existing file is replaced under its own spelling, whatever the case asked for.
+    std::string strPath = GUtPath::ResolveForWrite(pcPath);
     std::string strTemp = strPath + ".tmp";
     int iFd = open(strTemp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (iFd < 0)
@@ -172,11 +160,11 @@ bool ReplaceFile(const char* pcPath, const uint8_t* pData, int32_t iSize)
 
 bool MakeFolder(const char* pcPath)
 {
-    std::string strPath = DiskPath(pcPath);
-    if (strPath.empty())
+    if (!pcPath || !*pcPath)
     {
         return false;
     }
+    std::string strPath = GUtPath::ResolveForWrite(pcPath);
     std::error_code error;
     std::filesystem::create_directories(strPath, error);
     return std::filesystem::is_directory(strPath, error);

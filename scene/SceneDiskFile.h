@@ -3,8 +3,8 @@
 // place, so neither a failed save nor a process killed in the middle of one leaves a
 // half-written file where the old one was.
 //
-// Data paths may use '\' (the game's separator); this is the one place where a scene path
-// meets the disk, and where the path layer of Utils/ takes over once it resolves them.
+// Data paths may use '\' (the game's separator) and any case; they reach the disk through
+// the path layer of Utils/ (GUtPath), here and in GUtFile.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,6 @@ bool ReadWholeFile(const char* pcPath, std::vector<uint8_t>& bytes);
 bool ReplaceFile(const char* pcPath, const uint8_t* pData, int32_t iSize);
 // Creates the folder and its missing parents. False when it does not exist afterwards.
 bool MakeFolder(const char* pcPath);
-// The path as the disk names it.
-std::string DiskPath(const char* pcPath);
 
 // Splits a path at its last separator ('/' or '\') and the last dot of the file name: the
 // folder keeps its separator, the extension its dot ("X/Y/foo.scene": "X/Y/", "foo",

@@ -223,7 +223,7 @@ bool CScene::ReadImportScene(const std::string& strPath, std::vector<CSceneEntit
 bool CScene::ReadImportCollada(const std::string& strPath, std::vector<CSceneEntity*>& imported)
 {
     CColladaFile dae;
-    if (!dae.Read(DiskPath(strPath.c_str()).c_str()))
+    if (!dae.Read(strPath.c_str()))
     {
         return false;
     }

@@ -727,3 +727,28 @@ TEST(Scene, ClearForgetsNamesEntitiesAndMarks)
     EXPECT_EQ(scene.GetMode(), 2);
     EXPECT_EQ(scene.GetVisibleGroups(), ~uint64_t{0});
 }
+
+TEST(Scene, PathsTakeEitherSeparatorAndAnyCase)
+{
+    CTempFolder temp;
+    std::filesystem::create_directories(temp / "Data");
+    WriteBytes(temp / "Data/Level.scene", BuildFullScene(false).bytes);
+    CScene scene;
+    Headless(scene);
+    ASSERT_TRUE(scene.Open(temp / "data\\LEVEL.scene", false));
+    EXPECT_EQ(scene.GetName(), "LEVEL");
+    EXPECT_EQ(scene.GetFolder(), temp / "data\\");
+    EXPECT_EQ(scene.GetEntityCount(), 16);
+    // The file is replaced under its own spelling, not doubled.
+    Locator(scene, "Added", {0, 0, 0});
+    ASSERT_TRUE(scene.Save(temp / "DATA\\level.SCENE"));
+    int iFiles = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(temp / "Data"))
+    {
+        (void)entry;
+        ++iFiles;
+    }
+    EXPECT_EQ(iFiles, 1);
+    ASSERT_TRUE(scene.Open(temp / "Data/Level.scene", false));
+    EXPECT_EQ(scene.GetEntityCount(), 17);
+}
