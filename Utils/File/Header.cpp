@@ -1,7 +1,6 @@
 #include "Utils/File/Header.h"
 
 #include "Utils/Utility/GUtBytes.h"
-
 #include "Utils/Utility/GUtDebug.h"
 
 #include <cstring>

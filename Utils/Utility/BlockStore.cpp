@@ -1,7 +1,6 @@
 #include "Utils/Utility/BlockStore.h"
 
 #include "Utils/Utility/GUtBytes.h"
-
 #include "Utils/Utility/GUtPath.h"
 
 #include <algorithm>

@@ -1,8 +1,7 @@
 #include "Utils/Utility/IFile.h"
 
-#include "Utils/Utility/GUtBytes.h"
-
 #include "Utils/Utility/BlockStore.h"
+#include "Utils/Utility/GUtBytes.h"
 #include "Utils/Utility/GUtPath.h"
 
 #include <algorithm>
