@@ -43,6 +43,7 @@ void CScene::Clear()
     m_strName.clear();
     m_strFilePath.clear();
     m_props = CScenePropFile();
+    m_bLoaded = false;
     // Engine objects and lightmap textures are released by the content; the render thread
     // that may hold them takes the device lock, which the renderer's release path holds.
     CSceneContent::Clear();

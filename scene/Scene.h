@@ -90,6 +90,8 @@ public:
     // entries whose textures arrived and activates (OnLoaded) the pending entities that are
     // done, in list order, unless activation is held.
     bool IsLoading();
+    // True once an Open succeeded (its parse, for a load through the loader), until Clear.
+    bool HasLoaded() const { return m_bLoaded; }
     // IsLoading; once nothing loads, and unless headless, Update on each entity of the
     // update list that is not loading.
     void Update(float fTime, float fDelta);
@@ -222,6 +224,7 @@ private:
     ISceneResourceScopes* m_pScopes = nullptr;
     IAssetStore* m_pAssetStore = nullptr;
     CScenePropFile m_props;
+    bool m_bLoaded = false;
 };
 
 } // namespace Ovrel

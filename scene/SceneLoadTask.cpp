@@ -68,6 +68,7 @@ bool CSceneLoadTask::Complete()
         return false;
     }
     pScene->RelinkGroups();
+    pScene->m_bLoaded = true;
     if (pScene->IsEditorMode())
     {
         pScene->LoadPropFile();
