@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <vector>
 
 extern "C"
 {
@@ -143,11 +144,14 @@ void CLuaState::SetGlobal(const char* pcName, int32_t iValue) const
 // ---------------------------------------------------------------------------------------
 // CLuaParamHelper: script values in and out
 
-// The tables being read, outermost first: a table met again inside itself is a cycle.
+// The tables being read, outermost first: a table met again inside itself is a cycle. The
+// pairs of every table being read wait on one scratch stack, so that each table's own array
+// is allocated once, at its exact size.
 struct CLuaParamHelper::SReadPath
 {
     const void* apTables[MAX_TABLE_DEPTH];
     int iDepth = 0;
+    std::vector<CScriptTable::Pair> scratch;
 
     bool CanEnter(const void* pTable) const
     {
@@ -243,48 +247,62 @@ void CLuaParamHelper::ReadTable(CScriptTable& out) const
         lua_pop(m_pState, 1);
         return;
     }
-    _ReadTable(out, path);
+    _ReadPairs(path);
+    out.AssignMoved(path.scratch.data(), path.scratch.data() + path.scratch.size());
 }
 
-void CLuaParamHelper::_ReadValue(CScriptValue& out, SReadPath& path) const
+namespace
 {
-    switch (lua_type(m_pState, -1))
+// Copies a boolean, user data, number or string at iIndex (of Lua type iType) into out;
+// false for any other type, with out left alone.
+bool ReadScalar(lua_State* pState, int iIndex, int iType, CScriptValue& out)
+{
+    switch (iType)
     {
         case LUA_TBOOLEAN:
-            out = CScriptValue(lua_toboolean(m_pState, -1) != 0);
-            break;
+            out.SetBool(lua_toboolean(pState, iIndex) != 0);
+            return true;
         case LUA_TLIGHTUSERDATA:
         case LUA_TUSERDATA:
-            out = CScriptValue(lua_touserdata(m_pState, -1));
-            break;
+            out.SetPointer(lua_touserdata(pState, iIndex));
+            return true;
         case LUA_TNUMBER:
-            out = CScriptValue(static_cast<double>(lua_tonumber(m_pState, -1)));
-            break;
+            out.SetNumber(static_cast<double>(lua_tonumber(pState, iIndex)));
+            return true;
         case LUA_TSTRING:
         {
             size_t uLength = 0;
-            const char* pcText = lua_tolstring(m_pState, -1, &uLength);
-            out = CScriptValue(std::string_view(pcText, uLength));
-            break;
+            const char* pcText = lua_tolstring(pState, iIndex, &uLength);
+            out.SetString(std::string_view(pcText, uLength));
+            return true;
         }
-        case LUA_TTABLE:
-            if (path.CanEnter(lua_topointer(m_pState, -1)))
-            {
-                _ReadTable(out.SetTable(), path); // pops the table
-                return;
-            }
-            out.SetNil();
-            break;
         default:
-            out.SetNil();
-            break;
+            return false;
+    }
+}
+} // namespace
+
+void CLuaParamHelper::_ReadValue(CScriptValue& out, SReadPath& path) const
+{
+    const int iType = lua_type(m_pState, -1);
+    if (iType == LUA_TTABLE && path.CanEnter(lua_topointer(m_pState, -1)))
+    {
+        const size_t uBase = path.scratch.size();
+        _ReadPairs(path); // pops the table
+        CScriptTable& table = out.SetTable(static_cast<uint32_t>(path.scratch.size() - uBase));
+        table.AssignMoved(path.scratch.data() + uBase, path.scratch.data() + path.scratch.size());
+        path.scratch.resize(uBase);
+        return;
+    }
+    if (!ReadScalar(m_pState, -1, iType, out))
+    {
+        out.SetNil(); // functions, threads, cycles and tables too deep
     }
     lua_pop(m_pState, 1);
 }
 
-void CLuaParamHelper::_ReadTable(CScriptTable& out, SReadPath& path) const
+void CLuaParamHelper::_ReadPairs(SReadPath& path) const
 {
-    out.Clear();
     // The table, a key, a value and one spare for the values' own reads.
     if (!lua_checkstack(m_pState, 4))
     {
@@ -296,35 +314,28 @@ void CLuaParamHelper::_ReadTable(CScriptTable& out, SReadPath& path) const
     lua_pushnil(m_pState);
     while (lua_next(m_pState, iTable) != 0)
     {
-        CScriptValue key;
-        switch (lua_type(m_pState, -2))
+        // The pair is built in place on the scratch stack; a nested table grows the stack, so
+        // it is found again by index.
+        const size_t uPair = path.scratch.size();
+        if (!ReadScalar(m_pState, -2, lua_type(m_pState, -2), path.scratch.emplace_back().first))
         {
-            case LUA_TBOOLEAN:
-                key = CScriptValue(lua_toboolean(m_pState, -2) != 0);
-                break;
-            case LUA_TLIGHTUSERDATA:
-            case LUA_TUSERDATA:
-                key = CScriptValue(lua_touserdata(m_pState, -2));
-                break;
-            case LUA_TNUMBER:
-                key = CScriptValue(static_cast<double>(lua_tonumber(m_pState, -2)));
-                break;
-            case LUA_TSTRING:
-            {
-                size_t uLength = 0;
-                const char* pcText = lua_tolstring(m_pState, -2, &uLength);
-                key = CScriptValue(std::string_view(pcText, uLength));
-                break;
-            }
-            default:
-                lua_pop(m_pState, 1); // keys of other types are passed over
-                continue;
+            path.scratch.pop_back();
+            lua_pop(m_pState, 1); // keys of other types are passed over
+            continue;
         }
-        CScriptValue value;
-        _ReadValue(value, path);
-        out.Append(std::move(key), std::move(value));
+        const int iValueType = lua_type(m_pState, -1);
+        if (iValueType == LUA_TTABLE)
+        {
+            CScriptValue value;
+            _ReadValue(value, path);
+            path.scratch[uPair].second = std::move(value);
+        }
+        else
+        {
+            ReadScalar(m_pState, -1, iValueType, path.scratch[uPair].second);
+            lua_pop(m_pState, 1);
+        }
     }
-    out.Finish();
     --path.iDepth;
     lua_pop(m_pState, 1);
 }

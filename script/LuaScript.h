@@ -103,7 +103,9 @@ public:
 private:
     struct SReadPath;
     void _ReadValue(CScriptValue& out, SReadPath& path) const;
-    void _ReadTable(CScriptTable& out, SReadPath& path) const;
+    // Reads the pairs of the table on the top of the stack onto the path's scratch stack, in
+    // Lua's order, and pops the table.
+    void _ReadPairs(SReadPath& path) const;
     void _PushTable(const CScriptTable& table, int iDepth) const;
     void _PushValue(const CScriptValue& value, int iDepth) const;
 };

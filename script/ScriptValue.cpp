@@ -1,7 +1,5 @@
 #include "script/ScriptValue.h"
 
-#include "Utils/Utility/GUtDebug.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -44,8 +42,7 @@ CScriptValue::CScriptValue(const char* pcText) : CScriptValue(std::string_view(p
 
 CScriptValue::CScriptValue(std::string_view text)
 {
-    m_iType = TYPE_STRING;
-    m_payload.pString = _NewString(text);
+    _SetString(text);
 }
 
 CScriptValue::CScriptValue(void* pPointer)
@@ -57,29 +54,21 @@ CScriptValue::CScriptValue(void* pPointer)
 CScriptValue::CScriptValue(const CScriptTable& table)
 {
     m_iType = TYPE_TABLE;
-    m_payload.pTable = new CScriptTable(table);
+    m_payload.pTable = CScriptTable::_New(table.m_uCount);
+    *m_payload.pTable = table;
 }
 
 CScriptValue::CScriptValue(CScriptTable&& table)
 {
     m_iType = TYPE_TABLE;
-    m_payload.pTable = new CScriptTable(std::move(table));
+    // A heap array is taken over as it is; pairs held in another table's block must move.
+    m_payload.pTable = CScriptTable::_New(table.m_bInBlock ? table.m_uCount : 0);
+    *m_payload.pTable = std::move(table);
 }
 
 CScriptValue::CScriptValue(const CScriptValue& other)
 {
     _CopyFrom(other);
-}
-
-CScriptValue::CScriptValue(CScriptValue&& other) noexcept : m_iType(other.m_iType), m_payload(other.m_payload)
-{
-    other.m_iType = TYPE_NIL;
-    other.m_payload.dNumber = 0.0;
-}
-
-CScriptValue::~CScriptValue()
-{
-    _Release();
 }
 
 CScriptValue& CScriptValue::operator=(const CScriptValue& other)
@@ -92,21 +81,16 @@ CScriptValue& CScriptValue::operator=(const CScriptValue& other)
     return *this;
 }
 
-CScriptValue& CScriptValue::operator=(CScriptValue&& other) noexcept
+void CScriptValue::_SetString(std::string_view text)
 {
-    if (this != &other)
+    m_iType = TYPE_STRING;
+    if (text.size() <= SHORT_STRING)
     {
-        _Release();
-        m_iType = other.m_iType;
-        m_payload = other.m_payload;
-        other.m_iType = TYPE_NIL;
-        other.m_payload.dNumber = 0.0;
+        m_uShortLength = static_cast<uint32_t>(text.size()) + 1;
+        std::memset(m_payload.acShort, 0, sizeof(m_payload.acShort));
+        std::memcpy(m_payload.acShort, text.data(), text.size());
+        return;
     }
-    return *this;
-}
-
-CScriptValue::SString* CScriptValue::_NewString(std::string_view text)
-{
     void* pBlock = std::malloc(offsetof(SString, acText) + text.size() + 1);
     if (!pBlock)
     {
@@ -114,38 +98,37 @@ CScriptValue::SString* CScriptValue::_NewString(std::string_view text)
     }
     SString* pString = static_cast<SString*>(pBlock);
     pString->uLength = static_cast<uint32_t>(text.size());
-    if (!text.empty())
-    {
-        std::memcpy(pString->acText, text.data(), text.size());
-    }
+    std::memcpy(pString->acText, text.data(), text.size());
     pString->acText[text.size()] = '\0';
-    return pString;
+    m_uShortLength = 0;
+    m_payload.pString = pString;
 }
 
-void CScriptValue::_Release()
+void CScriptValue::_FreeOwned()
 {
-    if (m_iType == TYPE_STRING)
+    if (m_iType == TYPE_STRING && m_uShortLength == 0)
     {
         std::free(m_payload.pString);
     }
     else if (m_iType == TYPE_TABLE)
     {
-        delete m_payload.pTable;
+        CScriptTable::_Delete(m_payload.pTable);
     }
-    m_iType = TYPE_NIL;
-    m_payload.dNumber = 0.0;
 }
 
 void CScriptValue::_CopyFrom(const CScriptValue& other)
 {
-    m_iType = other.m_iType;
-    if (m_iType == TYPE_STRING)
+    if (other.m_iType == TYPE_STRING && other.m_uShortLength == 0)
     {
-        m_payload.pString = _NewString(other.GetStringView());
+        _SetString(other.GetStringView());
+        return;
     }
-    else if (m_iType == TYPE_TABLE)
+    m_iType = other.m_iType;
+    m_uShortLength = other.m_uShortLength;
+    if (m_iType == TYPE_TABLE)
     {
-        m_payload.pTable = new CScriptTable(*other.m_payload.pTable);
+        m_payload.pTable = CScriptTable::_New(other.m_payload.pTable->m_uCount);
+        *m_payload.pTable = *other.m_payload.pTable;
     }
     else
     {
@@ -188,12 +171,16 @@ void* CScriptValue::GetPointer() const
 
 const char* CScriptValue::GetString() const
 {
-    return m_iType == TYPE_STRING ? m_payload.pString->acText : "";
+    if (m_iType != TYPE_STRING)
+    {
+        return "";
+    }
+    return m_uShortLength ? m_payload.acShort : m_payload.pString->acText;
 }
 
 int32_t CScriptValue::GetStringLength() const
 {
-    return m_iType == TYPE_STRING ? static_cast<int32_t>(m_payload.pString->uLength) : 0;
+    return static_cast<int32_t>(GetStringView().size());
 }
 
 std::string_view CScriptValue::GetStringView() const
@@ -201,6 +188,10 @@ std::string_view CScriptValue::GetStringView() const
     if (m_iType != TYPE_STRING)
     {
         return std::string_view();
+    }
+    if (m_uShortLength)
+    {
+        return std::string_view(m_payload.acShort, m_uShortLength - 1);
     }
     return std::string_view(m_payload.pString->acText, m_payload.pString->uLength);
 }
@@ -217,29 +208,38 @@ void CScriptValue::SetNil()
 
 void CScriptValue::SetBool(bool bValue)
 {
-    *this = CScriptValue(bValue);
+    _Release();
+    m_iType = TYPE_BOOLEAN;
+    m_payload.dNumber = bValue ? 1.0 : 0.0;
 }
 
 void CScriptValue::SetNumber(double dValue)
 {
-    *this = CScriptValue(dValue);
+    _Release();
+    m_iType = TYPE_NUMBER;
+    m_payload.dNumber = dValue;
 }
 
 void CScriptValue::SetPointer(void* pPointer)
 {
-    *this = CScriptValue(pPointer);
+    _Release();
+    m_iType = TYPE_USERDATA;
+    m_payload.pPointer = pPointer;
 }
 
 void CScriptValue::SetString(std::string_view text)
 {
-    *this = CScriptValue(text);
+    _Release();
+    _SetString(text);
 }
 
-CScriptTable& CScriptValue::SetTable()
+CScriptTable& CScriptValue::SetTable(uint32_t uCapacity)
 {
     if (m_iType != TYPE_TABLE)
     {
-        *this = CScriptValue(CScriptTable());
+        _Release();
+        m_iType = TYPE_TABLE;
+        m_payload.pTable = CScriptTable::_New(uCapacity);
     }
     return *m_payload.pTable;
 }
@@ -263,6 +263,23 @@ int CScriptValue::Compare(const CScriptValue& a, const CScriptValue& b)
         }
         case TYPE_STRING:
         {
+            if (a.m_uShortLength && b.m_uShortLength)
+            {
+                // Both held in the payload, zero-filled: the bytes compare as one big-endian
+                // word, and a prefix comes first.
+                uint64_t uA = 0;
+                uint64_t uB = 0;
+                std::memcpy(&uA, a.m_payload.acShort, sizeof(uA));
+                std::memcpy(&uB, b.m_payload.acShort, sizeof(uB));
+                uA = __builtin_bswap64(uA);
+                uB = __builtin_bswap64(uB);
+                if (uA != uB)
+                {
+                    return uA < uB ? -1 : 1;
+                }
+                return a.m_uShortLength < b.m_uShortLength ? -1
+                                                           : (a.m_uShortLength > b.m_uShortLength ? 1 : 0);
+            }
             int iOrder = a.GetStringView().compare(b.GetStringView());
             return iOrder < 0 ? -1 : (iOrder > 0 ? 1 : 0);
         }
@@ -296,27 +313,156 @@ bool CScriptValue::Equals(const CScriptValue& other) const
 // ---------------------------------------------------------------------------------------
 // CScriptTable
 
+CScriptTable* CScriptTable::_New(uint32_t uCapacity)
+{
+    static_assert(sizeof(CScriptTable) % alignof(Pair) == 0, "pairs follow the table in its block");
+    void* pBlock = std::malloc(sizeof(CScriptTable) + uCapacity * sizeof(Pair));
+    if (!pBlock)
+    {
+        throw std::bad_alloc();
+    }
+    CScriptTable* pTable = new (pBlock) CScriptTable();
+    if (uCapacity > 0)
+    {
+        pTable->m_pPairs = reinterpret_cast<Pair*>(static_cast<char*>(pBlock) + sizeof(CScriptTable));
+        pTable->m_uCapacity = uCapacity;
+        pTable->m_bInBlock = true;
+    }
+    return pTable;
+}
+
+void CScriptTable::_Delete(CScriptTable* pTable)
+{
+    pTable->~CScriptTable();
+    std::free(pTable);
+}
+
+CScriptTable::CScriptTable(const CScriptTable& other)
+{
+    *this = other;
+}
+
+CScriptTable::CScriptTable(CScriptTable&& other) noexcept
+{
+    *this = std::move(other);
+}
+
+CScriptTable::~CScriptTable()
+{
+    _DestroyPairs();
+    if (!m_bInBlock)
+    {
+        std::free(m_pPairs);
+    }
+}
+
+CScriptTable& CScriptTable::operator=(const CScriptTable& other)
+{
+    if (this != &other)
+    {
+        _DestroyPairs();
+        _Reserve(other.m_uCount);
+        for (uint32_t i = 0; i < other.m_uCount; ++i)
+        {
+            new (m_pPairs + i) Pair(other.m_pPairs[i]);
+            m_uCount = i + 1;
+        }
+    }
+    return *this;
+}
+
+CScriptTable& CScriptTable::operator=(CScriptTable&& other) noexcept
+{
+    if (this == &other)
+    {
+        return *this;
+    }
+    _DestroyPairs();
+    if (!other.m_bInBlock && other.m_uCapacity > m_uCapacity)
+    {
+        // Take the other's heap array.
+        if (!m_bInBlock)
+        {
+            std::free(m_pPairs);
+        }
+        m_pPairs = other.m_pPairs;
+        m_uCount = other.m_uCount;
+        m_uCapacity = other.m_uCapacity;
+        m_bInBlock = false;
+        other.m_pPairs = nullptr;
+        other.m_uCount = 0;
+        other.m_uCapacity = 0;
+        return *this;
+    }
+    _Reserve(other.m_uCount);
+    for (uint32_t i = 0; i < other.m_uCount; ++i)
+    {
+        new (m_pPairs + i) Pair(std::move(other.m_pPairs[i]));
+    }
+    m_uCount = other.m_uCount;
+    other._DestroyPairs();
+    return *this;
+}
+
+void CScriptTable::_DestroyPairs()
+{
+    for (uint32_t i = 0; i < m_uCount; ++i)
+    {
+        m_pPairs[i].~Pair();
+    }
+    m_uCount = 0;
+}
+
+void CScriptTable::Clear()
+{
+    _DestroyPairs();
+}
+
+void CScriptTable::_Reserve(uint32_t uCapacity)
+{
+    if (uCapacity <= m_uCapacity)
+    {
+        return;
+    }
+    Pair* pPairs = static_cast<Pair*>(std::malloc(uCapacity * sizeof(Pair)));
+    if (!pPairs)
+    {
+        throw std::bad_alloc();
+    }
+    for (uint32_t i = 0; i < m_uCount; ++i)
+    {
+        new (pPairs + i) Pair(std::move(m_pPairs[i]));
+        m_pPairs[i].~Pair();
+    }
+    if (!m_bInBlock)
+    {
+        std::free(m_pPairs);
+    }
+    m_pPairs = pPairs;
+    m_uCapacity = uCapacity;
+    m_bInBlock = false;
+}
+
 const CScriptTable& CScriptTable::Empty()
 {
     static const CScriptTable s_empty;
     return s_empty;
 }
 
-size_t CScriptTable::_LowerBound(const CScriptValue& key) const
+uint32_t CScriptTable::_LowerBound(const CScriptValue& key) const
 {
-    GUT_ASSERT(m_bSorted);
-    auto it = std::lower_bound(m_pairs.begin(), m_pairs.end(), key,
-                               [](const Pair& pair, const CScriptValue& k)
-                               { return CScriptValue::Compare(pair.first, k) < 0; });
-    return static_cast<size_t>(it - m_pairs.begin());
+    const Pair* pFound = std::lower_bound(begin(), end(), key,
+                                          [](const Pair& pair, const CScriptValue& k)
+                                          { return CScriptValue::Compare(pair.first, k) < 0; });
+    return static_cast<uint32_t>(pFound - begin());
 }
 
 const CScriptValue* CScriptTable::Find(const CScriptValue& key) const
 {
-    size_t uIndex = _LowerBound(key);
-    if (uIndex < m_pairs.size() && CScriptValue::Compare(m_pairs[uIndex].first, key) == 0)
+    uint32_t uIndex = _LowerBound(key);
+    if (uIndex < m_uCount && CScriptValue::Compare(m_pPairs[uIndex].first, key) == 0)
     {
-        return &m_pairs[uIndex].second;
+        return &m_pPairs[uIndex].second;
     }
     return nullptr;
 }
@@ -350,62 +496,122 @@ void CScriptTable::Set(const CScriptValue& key, const CScriptValue& value)
 
 void CScriptTable::Set(CScriptValue&& key, CScriptValue&& value)
 {
-    size_t uIndex = _LowerBound(key);
-    if (uIndex < m_pairs.size() && CScriptValue::Compare(m_pairs[uIndex].first, key) == 0)
+    uint32_t uIndex = _LowerBound(key);
+    if (uIndex < m_uCount && CScriptValue::Compare(m_pPairs[uIndex].first, key) == 0)
     {
-        m_pairs[uIndex].second = std::move(value);
+        m_pPairs[uIndex].second = std::move(value);
         return;
     }
-    m_pairs.emplace(m_pairs.begin() + static_cast<ptrdiff_t>(uIndex), std::move(key), std::move(value));
-}
-
-void CScriptTable::Append(CScriptValue&& key, CScriptValue&& value)
-{
-    if (m_bSorted && !m_pairs.empty() && CScriptValue::Compare(m_pairs.back().first, key) >= 0)
+    if (m_uCount == m_uCapacity)
     {
-        m_bSorted = false;
+        _Reserve(m_uCapacity < 4 ? 4 : m_uCapacity * 2);
     }
-    m_pairs.emplace_back(std::move(key), std::move(value));
+    new (m_pPairs + m_uCount) Pair();
+    ++m_uCount;
+    for (uint32_t i = m_uCount - 1; i > uIndex; --i)
+    {
+        m_pPairs[i] = std::move(m_pPairs[i - 1]);
+    }
+    m_pPairs[uIndex].first = std::move(key);
+    m_pPairs[uIndex].second = std::move(value);
 }
 
-void CScriptTable::Finish()
+void CScriptTable::AssignMoved(Pair* pFirst, Pair* pLast)
 {
-    if (m_bSorted)
+    _DestroyPairs();
+    _Reserve(static_cast<uint32_t>(pLast - pFirst));
+    for (Pair* p = pFirst; p != pLast; ++p)
+    {
+        new (m_pPairs + m_uCount) Pair(std::move(*p));
+        ++m_uCount;
+    }
+    _SortAndDropRepeats();
+}
+
+void CScriptTable::_SortAndDropRepeats()
+{
+    // One pass finds out whether the pairs are in order already (Lua gives an array's
+    // part in order) and whether any key repeats.
+    bool bSorted = true;
+    bool bRepeats = false;
+    if (m_uCount <= 16)
+    {
+        // Insertion sort: stable, adaptive, and no buffer for the small tables most are.
+        for (uint32_t i = 1; i < m_uCount; ++i)
+        {
+            int iOrder = CScriptValue::Compare(m_pPairs[i - 1].first, m_pPairs[i].first);
+            bRepeats = bRepeats || iOrder == 0;
+            if (iOrder <= 0)
+            {
+                continue;
+            }
+            Pair moving(std::move(m_pPairs[i]));
+            uint32_t j = i;
+            for (; j > 0; --j)
+            {
+                iOrder = CScriptValue::Compare(m_pPairs[j - 1].first, moving.first);
+                if (iOrder <= 0)
+                {
+                    bRepeats = bRepeats || iOrder == 0;
+                    break;
+                }
+                m_pPairs[j] = std::move(m_pPairs[j - 1]);
+            }
+            m_pPairs[j] = std::move(moving);
+        }
+    }
+    else
+    {
+        for (uint32_t i = 1; i < m_uCount; ++i)
+        {
+            int iOrder = CScriptValue::Compare(m_pPairs[i - 1].first, m_pPairs[i].first);
+            bSorted = bSorted && iOrder < 0;
+            bRepeats = bRepeats || iOrder == 0;
+        }
+        if (!bSorted)
+        {
+            std::stable_sort(m_pPairs, m_pPairs + m_uCount,
+                             [](const Pair& a, const Pair& b)
+                             { return CScriptValue::Compare(a.first, b.first) < 0; });
+            bRepeats = true; // not known after sorting; the pass below tells
+        }
+    }
+    if (!bRepeats)
     {
         return;
     }
-    std::stable_sort(m_pairs.begin(), m_pairs.end(),
-                     [](const Pair& a, const Pair& b)
-                     { return CScriptValue::Compare(a.first, b.first) < 0; });
-    // Of a run of equal keys the last appended wins, as a later store overwrites.
-    size_t uOut = 0;
-    for (size_t i = 0; i < m_pairs.size(); ++i)
+    // Of a run of equal keys the last wins, as a later store overwrites.
+    uint32_t uOut = 0;
+    for (uint32_t i = 0; i < m_uCount; ++i)
     {
         bool bLastOfRun =
-            i + 1 == m_pairs.size() || CScriptValue::Compare(m_pairs[i].first, m_pairs[i + 1].first) != 0;
+            i + 1 == m_uCount || CScriptValue::Compare(m_pPairs[i].first, m_pPairs[i + 1].first) != 0;
         if (bLastOfRun)
         {
             if (uOut != i)
             {
-                m_pairs[uOut] = std::move(m_pairs[i]);
+                m_pPairs[uOut] = std::move(m_pPairs[i]);
             }
             ++uOut;
         }
     }
-    m_pairs.resize(uOut);
-    m_bSorted = true;
+    for (uint32_t i = uOut; i < m_uCount; ++i)
+    {
+        m_pPairs[i].~Pair();
+    }
+    m_uCount = uOut;
 }
 
 bool CScriptTable::Equals(const CScriptTable& other) const
 {
-    if (m_pairs.size() != other.m_pairs.size())
+    if (m_uCount != other.m_uCount)
     {
         return false;
     }
-    for (size_t i = 0; i < m_pairs.size(); ++i)
+    for (uint32_t i = 0; i < m_uCount; ++i)
     {
-        if (!m_pairs[i].first.Equals(other.m_pairs[i].first) ||
-            !m_pairs[i].second.Equals(other.m_pairs[i].second))
+        if (!m_pPairs[i].first.Equals(other.m_pPairs[i].first) ||
+            !m_pPairs[i].second.Equals(other.m_pPairs[i].second))
         {
             return false;
         }

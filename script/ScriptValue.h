@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace GLib::Script
 {
@@ -42,10 +41,25 @@ public:
     explicit CScriptValue(const CScriptTable& table);
     explicit CScriptValue(CScriptTable&& table);
     CScriptValue(const CScriptValue& other);
-    CScriptValue(CScriptValue&& other) noexcept;
-    ~CScriptValue();
+    CScriptValue(CScriptValue&& other) noexcept
+        : m_iType(other.m_iType), m_uShortLength(other.m_uShortLength), m_payload(other.m_payload)
+    {
+        other._Forget();
+    }
+    ~CScriptValue() { _Release(); }
     CScriptValue& operator=(const CScriptValue& other);
-    CScriptValue& operator=(CScriptValue&& other) noexcept;
+    CScriptValue& operator=(CScriptValue&& other) noexcept
+    {
+        if (this != &other)
+        {
+            _Release();
+            m_iType = other.m_iType;
+            m_uShortLength = other.m_uShortLength;
+            m_payload = other.m_payload;
+            other._Forget();
+        }
+        return *this;
+    }
 
     int32_t Type() const { return m_iType; }
     bool IsNil() const { return m_iType == TYPE_NIL; }
@@ -70,8 +84,9 @@ public:
     void SetNumber(double dValue);
     void SetPointer(void* pPointer);
     void SetString(std::string_view text);
-    // Makes the value an empty table (or keeps the table it is) and gives it for filling.
-    CScriptTable& SetTable();
+    // Makes the value an empty table (or keeps the table it is) and gives it for filling;
+    // a new table has room for uCapacity pairs.
+    CScriptTable& SetTable(uint32_t uCapacity = 0);
 
     // The order of table keys: by type code first; then numbers and booleans by value,
     // strings by bytes, pointers by address. Nil and tables compare equal among themselves.
@@ -81,48 +96,70 @@ public:
     bool Equals(const CScriptValue& other) const;
 
 private:
-    // A string's single block: the length, then the bytes and a terminator.
+    // Strings up to this length live in the payload itself: most keys of a data table do.
+    static constexpr size_t SHORT_STRING = 7;
+    // A longer string's single block: the length, then the bytes and a terminator.
     struct SString
     {
         uint32_t uLength;
         char acText[1];
     };
-    static SString* _NewString(std::string_view text);
-    void _Release();
+    void _SetString(std::string_view text);
+    // Frees what the value owns, if anything, and makes it nil. Inline: most values own nothing.
+    void _Release()
+    {
+        if (m_iType >= TYPE_STRING)
+        {
+            _FreeOwned();
+        }
+        _Forget();
+    }
+    void _FreeOwned();
+    // Makes the value nil without freeing: what it held has moved elsewhere.
+    void _Forget()
+    {
+        m_iType = TYPE_NIL;
+        m_uShortLength = 0;
+        m_payload.dNumber = 0.0;
+    }
     void _CopyFrom(const CScriptValue& other);
 
     int32_t m_iType = TYPE_NIL;
+    uint32_t m_uShortLength = 0; // a string held in the payload: its length + 1; else 0
     union
     {
         double dNumber;
         void* pPointer;
         SString* pString;
         CScriptTable* pTable;
+        char acShort[SHORT_STRING + 1];
     } m_payload;
 };
 
 // An owned map from script value to script value, ordered by CScriptValue::Compare. Kept as a
-// sorted array of pairs: tables are read once and walked often.
+// sorted array of pairs: tables are read once and walked often. A table held by a value keeps
+// its pairs in the same block as itself when their number was known at creation, so a table
+// read from Lua costs one allocation.
 class CScriptTable final
 {
 public:
     using Pair = std::pair<CScriptValue, CScriptValue>;
 
     CScriptTable() = default;
-    CScriptTable(const CScriptTable&) = default;
-    CScriptTable(CScriptTable&&) noexcept = default;
-    CScriptTable& operator=(const CScriptTable&) = default;
-    CScriptTable& operator=(CScriptTable&&) noexcept = default;
-    ~CScriptTable() = default;
+    CScriptTable(const CScriptTable& other);
+    CScriptTable(CScriptTable&& other) noexcept;
+    CScriptTable& operator=(const CScriptTable& other);
+    CScriptTable& operator=(CScriptTable&& other) noexcept;
+    ~CScriptTable();
 
     // The shared empty table that typed reads give for a value that is not a table.
     static const CScriptTable& Empty();
 
-    int32_t Count() const { return static_cast<int32_t>(m_pairs.size()); }
-    bool IsEmpty() const { return m_pairs.empty(); }
-    const Pair& At(int32_t iIndex) const { return m_pairs[static_cast<size_t>(iIndex)]; }
-    std::vector<Pair>::const_iterator begin() const { return m_pairs.begin(); }
-    std::vector<Pair>::const_iterator end() const { return m_pairs.end(); }
+    int32_t Count() const { return static_cast<int32_t>(m_uCount); }
+    bool IsEmpty() const { return m_uCount == 0; }
+    const Pair& At(int32_t iIndex) const { return m_pPairs[iIndex]; }
+    const Pair* begin() const { return m_pPairs; }
+    const Pair* end() const { return m_pPairs + m_uCount; }
 
     // The value under a key, or null.
     const CScriptValue* Find(const CScriptValue& key) const;
@@ -135,21 +172,30 @@ public:
     // Stores a pair; a key that compares equal to one held replaces its value.
     void Set(const CScriptValue& key, const CScriptValue& value);
     void Set(CScriptValue&& key, CScriptValue&& value);
-    void Clear() { m_pairs.clear(); }
+    void Clear();
 
-    // Bulk filling: append pairs in any order, then Finish sorts them once; of equal keys the
-    // last appended stays. Find and Set are valid only after Finish.
-    void Reserve(size_t uCount) { m_pairs.reserve(uCount); }
-    void Append(CScriptValue&& key, CScriptValue&& value);
-    void Finish();
+    // Replaces the pairs by those of a range, moved in any order and sorted once; of equal
+    // keys the last in the range stays.
+    void AssignMoved(Pair* pFirst, Pair* pLast);
 
     bool Equals(const CScriptTable& other) const;
 
 private:
-    size_t _LowerBound(const CScriptValue& key) const;
+    friend class CScriptValue;
 
-    std::vector<Pair> m_pairs;
-    bool m_bSorted = true;
+    // A table on the heap with room for uCapacity pairs in its own block; freed by _Delete.
+    static CScriptTable* _New(uint32_t uCapacity);
+    static void _Delete(CScriptTable* pTable);
+    // Makes room for uCapacity pairs; the pairs held move along.
+    void _Reserve(uint32_t uCapacity);
+    void _DestroyPairs();
+    void _SortAndDropRepeats();
+    uint32_t _LowerBound(const CScriptValue& key) const;
+
+    Pair* m_pPairs = nullptr;
+    uint32_t m_uCount = 0;
+    uint32_t m_uCapacity = 0;
+    bool m_bInBlock = false; // m_pPairs lies in the table's own block
 };
 
 } // namespace GLib::Script

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <string>
+#include <vector>
 
 using namespace GLib::Script;
 
@@ -41,15 +42,26 @@ TEST(ScriptValue, TypedReadsOfAnotherTypeGiveTheEmptyValue)
     EXPECT_TRUE(text.IsNil());
 }
 
-TEST(ScriptValue, StringsKeepEveryByte)
+TEST(ScriptValue, StringsKeepEveryByteShortOrLong)
 {
-    std::string bytes("a\0b\xff", 4);
-    CScriptValue value{std::string_view(bytes)};
-    EXPECT_EQ(value.GetStringLength(), 4);
-    EXPECT_EQ(value.GetStringView(), bytes);
-    CScriptValue copy(value);
-    EXPECT_EQ(copy.GetStringView(), bytes);
-    EXPECT_NE(copy.GetString(), value.GetString());
+    // Seven bytes are held in the value itself, eight and more on the heap.
+    for (std::string bytes : {std::string("a\0b\xff", 4), std::string("1234567"), std::string("12345678"),
+                              std::string(300, 'z') + std::string(1, '\0')})
+    {
+        CScriptValue value{std::string_view(bytes)};
+        EXPECT_EQ(value.GetStringLength(), static_cast<int32_t>(bytes.size()));
+        EXPECT_EQ(value.GetStringView(), bytes);
+        EXPECT_EQ(value.GetString()[bytes.size()], '\0');
+        CScriptValue copy(value);
+        EXPECT_EQ(copy.GetStringView(), bytes);
+        EXPECT_NE(copy.GetString(), value.GetString());
+        CScriptValue moved(std::move(copy));
+        EXPECT_EQ(moved.GetStringView(), bytes);
+        copy = moved;
+        EXPECT_TRUE(copy.Equals(value));
+        EXPECT_EQ(CScriptValue::Compare(copy, value), 0);
+    }
+    EXPECT_LT(CScriptValue::Compare(CScriptValue("1234567"), CScriptValue("12345678")), 0);
     EXPECT_EQ(CScriptValue(static_cast<const char*>(nullptr)).GetStringView(), "");
 }
 
@@ -99,16 +111,33 @@ TEST(ScriptTable, SetAndAppendKeepOrderAndTheLastValueOfAKey)
     EXPECT_TRUE(set.Get("missing").IsNil());
     EXPECT_EQ(set.Find(3.0), nullptr);
 
-    CScriptTable bulk;
-    bulk.Append(CScriptValue("b"), CScriptValue(1));
-    bulk.Append(CScriptValue(7), CScriptValue(2));
-    bulk.Append(CScriptValue("b"), CScriptValue(3));
-    bulk.Append(CScriptValue(true), CScriptValue(4));
-    bulk.Finish();
-    ASSERT_EQ(bulk.Count(), 3);
-    EXPECT_EQ(bulk.At(0).first.Type(), CScriptValue::TYPE_BOOLEAN);
-    EXPECT_EQ(bulk.At(1).first.GetNumber(), 7.0);
-    EXPECT_EQ(bulk.Get("b").GetNumber(), 3.0);
+    // Bulk: small and large ranges sort differently, both stable with the last key winning.
+    for (int iExtra : {0, 40})
+    {
+        std::vector<CScriptTable::Pair> pairs;
+        pairs.emplace_back(CScriptValue("b"), CScriptValue(1));
+        pairs.emplace_back(CScriptValue(7), CScriptValue(2));
+        pairs.emplace_back(CScriptValue("b"), CScriptValue(3));
+        pairs.emplace_back(CScriptValue(true), CScriptValue(4));
+        for (int i = 0; i < iExtra; ++i)
+        {
+            pairs.emplace_back(CScriptValue(100 - i), CScriptValue(i));
+        }
+        pairs.emplace_back(CScriptValue(7), CScriptValue(5));
+        CScriptTable bulk;
+        bulk.Set(CScriptValue("old"), CScriptValue(0));
+        bulk.AssignMoved(pairs.data(), pairs.data() + pairs.size());
+        ASSERT_EQ(bulk.Count(), 3 + iExtra);
+        EXPECT_EQ(bulk.At(0).first.Type(), CScriptValue::TYPE_BOOLEAN);
+        EXPECT_EQ(bulk.At(1).first.GetNumber(), 7.0);
+        EXPECT_EQ(bulk.At(1).second.GetNumber(), 5.0);
+        EXPECT_EQ(bulk.Get("b").GetNumber(), 3.0);
+        EXPECT_EQ(bulk.Find("old"), nullptr);
+        for (int i = 1; i < bulk.Count(); ++i)
+        {
+            EXPECT_LT(CScriptValue::Compare(bulk.At(i - 1).first, bulk.At(i).first), 0);
+        }
+    }
 }
 
 TEST(ScriptTable, CopiesAreDeep)
@@ -133,4 +162,45 @@ TEST(ScriptTable, CopiesAreDeep)
     CScriptValue moved(std::move(copy));
     EXPECT_TRUE(copy.IsNil()); // NOLINT(bugprone-use-after-move): a moved-from value is nil
     EXPECT_STREQ(moved.GetTable().Get("name").GetString(), "axe");
+}
+
+TEST(ScriptTable, TablesGrowCopyAndMoveWhereverTheirPairsLive)
+{
+    // A table made with room in its own block, then grown past it.
+    CScriptValue root;
+    CScriptTable& table = root.SetTable(2);
+    for (int i = 10; i >= 1; --i)
+    {
+        table.Set(CScriptValue(i), CScriptValue(std::string(20, static_cast<char>('a' + i))));
+    }
+    ASSERT_EQ(table.Count(), 10);
+    EXPECT_EQ(table.At(0).first.GetNumber(), 1.0);
+    EXPECT_EQ(table.Get(10).GetStringView(), std::string(20, 'k'));
+
+    // Copies and moves between values, stack tables and blocks all keep every pair.
+    CScriptTable onStack = root.GetTable();
+    EXPECT_TRUE(onStack.Equals(root.GetTable()));
+    CScriptValue fromMove(std::move(onStack));
+    EXPECT_TRUE(onStack.IsEmpty()); // NOLINT(bugprone-use-after-move)
+    EXPECT_TRUE(fromMove.Equals(root));
+    CScriptValue small;
+    small.SetTable(3).Set(CScriptValue("x"), CScriptValue(1));
+    CScriptTable fromBlock(std::move(small.SetTable()));
+    EXPECT_EQ(fromBlock.Get("x").GetNumber(), 1.0);
+    EXPECT_TRUE(small.GetTable().IsEmpty());
+    fromBlock = root.GetTable();
+    EXPECT_EQ(fromBlock.Count(), 10);
+    fromBlock = CScriptTable();
+    EXPECT_TRUE(fromBlock.IsEmpty());
+    fromBlock.Clear();
+
+    // Assignment between values of every kind frees what was held.
+    CScriptValue any("a string long enough for the heap");
+    any = root;
+    any = CScriptValue(3.0);
+    any = root;
+    any.SetString("short");
+    EXPECT_STREQ(any.GetString(), "short");
+    any.SetTable();
+    EXPECT_TRUE(any.IsTable());
 }
