@@ -147,11 +147,64 @@ void CLuaState::SetGlobal(const char* pcName, int32_t iValue) const
 // The tables being read, outermost first: a table met again inside itself is a cycle. The
 // pairs of every table being read wait on one scratch stack, so that each table's own array
 // is allocated once, at its exact size.
+//
+// Everything inside the outermost table is placed in one arena, handed to that table at the
+// end: a tree costs a few large allocations instead of one per table and string.
+//
+// The scratch stack stays with the thread between reads, unless a very wide table grew it.
+namespace
+{
+thread_local std::vector<CScriptTable::Pair> t_scratch;
+constexpr size_t MAX_KEPT_SCRATCH = 0x40000 / sizeof(CScriptTable::Pair);
+} // namespace
+
+//
+// Records of one kind (the entries of an item list) have the same keys, met in the same order:
+// the order one record's sort found is remembered per nesting level and size, checked against
+// the next record's keys, and used without sorting again.
 struct CLuaParamHelper::SReadPath
 {
+    struct SShape
+    {
+        const CScriptTable* pTable = nullptr; // the last table of this shape, in key order
+        uint8_t auOrder[CScriptTable::SMALL_SORT];
+    };
+    static constexpr int SHAPE_SLOTS = 64;
+
     const void* apTables[MAX_TABLE_DEPTH];
     int iDepth = 0;
-    std::vector<CScriptTable::Pair> scratch;
+    SShape aShapes[SHAPE_SLOTS];
+    std::vector<CScriptTable::Pair>& scratch;
+    const size_t uScratchBase;
+    CScriptArena* pArena = nullptr;
+
+    SReadPath() : scratch(t_scratch), uScratchBase(t_scratch.size()) {}
+    SReadPath(const SReadPath&) = delete;
+    SReadPath& operator=(const SReadPath&) = delete;
+    ~SReadPath()
+    {
+        delete pArena;
+        scratch.resize(uScratchBase);
+        if (uScratchBase == 0 && scratch.capacity() > MAX_KEPT_SCRATCH)
+        {
+            std::vector<CScriptTable::Pair>().swap(scratch);
+        }
+    }
+
+    CScriptArena& Arena()
+    {
+        if (!pArena)
+        {
+            pArena = new CScriptArena();
+        }
+        return *pArena;
+    }
+    CScriptArena* TakeArena()
+    {
+        CScriptArena* pTaken = pArena;
+        pArena = nullptr;
+        return pTaken;
+    }
 
     bool CanEnter(const void* pTable) const
     {
@@ -247,15 +300,14 @@ void CLuaParamHelper::ReadTable(CScriptTable& out) const
         lua_pop(m_pState, 1);
         return;
     }
+    const size_t uBase = path.scratch.size();
     _ReadPairs(path);
-    out.AssignMoved(path.scratch.data(), path.scratch.data() + path.scratch.size());
+    out._AssignMovedIn(path.Arena(), path.scratch.data() + uBase, path.scratch.data() + path.scratch.size());
+    out._AdoptArena(path.TakeArena());
 }
 
-namespace
-{
-// Copies a boolean, user data, number or string at iIndex (of Lua type iType) into out;
-// false for any other type, with out left alone.
-bool ReadScalar(lua_State* pState, int iIndex, int iType, CScriptValue& out)
+bool CLuaParamHelper::_ReadScalar(lua_State* pState, int iIndex, int iType, CScriptValue& out,
+                                  CScriptArena* pArena)
 {
     switch (iType)
     {
@@ -273,32 +325,87 @@ bool ReadScalar(lua_State* pState, int iIndex, int iType, CScriptValue& out)
         {
             size_t uLength = 0;
             const char* pcText = lua_tolstring(pState, iIndex, &uLength);
-            out.SetString(std::string_view(pcText, uLength));
+            if (pArena)
+            {
+                out._SetStringIn(*pArena, std::string_view(pcText, uLength));
+            }
+            else
+            {
+                out.SetString(std::string_view(pcText, uLength));
+            }
             return true;
         }
         default:
             return false;
     }
 }
-} // namespace
 
 void CLuaParamHelper::_ReadValue(CScriptValue& out, SReadPath& path) const
 {
     const int iType = lua_type(m_pState, -1);
     if (iType == LUA_TTABLE && path.CanEnter(lua_topointer(m_pState, -1)))
     {
+        // The outermost table is the caller's, on the heap; the tables inside go to the arena.
+        const bool bOutermost = path.iDepth == 0;
         const size_t uBase = path.scratch.size();
         _ReadPairs(path); // pops the table
-        CScriptTable& table = out.SetTable(static_cast<uint32_t>(path.scratch.size() - uBase));
-        table.AssignMoved(path.scratch.data() + uBase, path.scratch.data() + path.scratch.size());
+        CScriptTable::Pair* pFirst = path.scratch.data() + uBase;
+        CScriptTable::Pair* pLast = path.scratch.data() + path.scratch.size();
+        if (bOutermost)
+        {
+            CScriptTable& table = out.SetTable();
+            table._AssignMovedIn(path.Arena(), pFirst, pLast);
+            table._AdoptArena(path.TakeArena());
+        }
+        else
+        {
+            _FillInnerTable(out, pFirst, pLast, path);
+        }
         path.scratch.resize(uBase);
         return;
     }
-    if (!ReadScalar(m_pState, -1, iType, out))
+    if (!_ReadScalar(m_pState, -1, iType, out, nullptr))
     {
         out.SetNil(); // functions, threads, cycles and tables too deep
     }
     lua_pop(m_pState, 1);
+}
+
+void CLuaParamHelper::_FillInnerTable(CScriptValue& out, CScriptTable::Pair* pFirst,
+                                      CScriptTable::Pair* pLast, SReadPath& path)
+{
+    const uint32_t uCount = static_cast<uint32_t>(pLast - pFirst);
+    CScriptTable& table = out._SetTableIn(path.Arena(), uCount);
+    if (uCount < 2 || uCount > CScriptTable::SMALL_SORT)
+    {
+        table.AssignMoved(pFirst, pLast);
+        return;
+    }
+    SReadPath::SShape& shape =
+        path.aShapes[(path.iDepth * 17 + static_cast<int>(uCount)) % SReadPath::SHAPE_SLOTS];
+    if (shape.pTable && shape.pTable->m_uCount == uCount)
+    {
+        bool bSame = true;
+        for (uint32_t i = 0; i < uCount && bSame; ++i)
+        {
+            bSame = CScriptValue::_SameKey(pFirst[shape.auOrder[i]].first, shape.pTable->m_pPairs[i].first);
+        }
+        if (bSame)
+        {
+            table._PlaceInOrder(pFirst, shape.auOrder, uCount);
+            shape.pTable = &table;
+            return;
+        }
+    }
+    uint8_t auOrder[CScriptTable::SMALL_SORT];
+    if (CScriptTable::_SortOrder(pFirst, uCount, auOrder))
+    {
+        table.AssignMoved(pFirst, pLast); // repeated keys: the general path drops them
+        return;
+    }
+    table._PlaceInOrder(pFirst, auOrder, uCount);
+    shape.pTable = &table;
+    std::memcpy(shape.auOrder, auOrder, uCount);
 }
 
 void CLuaParamHelper::_ReadPairs(SReadPath& path) const
@@ -317,7 +424,8 @@ void CLuaParamHelper::_ReadPairs(SReadPath& path) const
         // The pair is built in place on the scratch stack; a nested table grows the stack, so
         // it is found again by index.
         const size_t uPair = path.scratch.size();
-        if (!ReadScalar(m_pState, -2, lua_type(m_pState, -2), path.scratch.emplace_back().first))
+        if (!_ReadScalar(m_pState, -2, lua_type(m_pState, -2), path.scratch.emplace_back().first,
+                         &path.Arena()))
         {
             path.scratch.pop_back();
             lua_pop(m_pState, 1); // keys of other types are passed over
@@ -332,7 +440,7 @@ void CLuaParamHelper::_ReadPairs(SReadPath& path) const
         }
         else
         {
-            ReadScalar(m_pState, -1, iValueType, path.scratch[uPair].second);
+            _ReadScalar(m_pState, -1, iValueType, path.scratch[uPair].second, &path.Arena());
             lua_pop(m_pState, 1);
         }
     }

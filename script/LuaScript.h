@@ -102,7 +102,14 @@ public:
 
 private:
     struct SReadPath;
+    // Copies a boolean, user data, number or string at iIndex (of Lua type iType) into out,
+    // placing a long string in the arena when one is given; false for any other type.
+    static bool _ReadScalar(lua_State* pState, int iIndex, int iType, CScriptValue& out,
+                            CScriptArena* pArena);
     void _ReadValue(CScriptValue& out, SReadPath& path) const;
+    // Makes out a table inside the tree's arena, holding the pairs of the range in key order.
+    static void _FillInnerTable(CScriptValue& out, CScriptTable::Pair* pFirst, CScriptTable::Pair* pLast,
+                                SReadPath& path);
     // Reads the pairs of the table on the top of the stack onto the path's scratch stack, in
     // Lua's order, and pops the table.
     void _ReadPairs(SReadPath& path) const;
@@ -140,7 +147,7 @@ private:
     bool _Report(int iCode);
 
     LuaErrorHook m_pErrorHook = nullptr;
-    uint32_t m_uReserved = 0;
+    [[maybe_unused]] uint32_t m_uReserved = 0;
 };
 
 } // namespace GLib::Script

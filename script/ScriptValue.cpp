@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <vector>
 
 namespace GLib::Script
 {
@@ -22,6 +23,92 @@ int CompareDoubles(double a, double b)
     return a < b ? -1 : (b < a ? 1 : 0);
 }
 } // namespace
+
+// ---------------------------------------------------------------------------------------
+// CScriptArena
+
+namespace
+{
+// Freed chunks of the largest size wait here for the next tree read on the same thread, so
+// that reading file after file does not hand memory back and fault it in again each time.
+constexpr size_t LARGE_CHUNK = 0x40000;
+constexpr size_t MAX_CACHED_CHUNKS = 16;
+
+struct SChunkCache
+{
+    std::vector<void*> chunks;
+    ~SChunkCache()
+    {
+        for (void* pChunk : chunks)
+        {
+            std::free(pChunk);
+        }
+    }
+};
+thread_local SChunkCache t_chunkCache;
+} // namespace
+
+CScriptArena::SChunk* CScriptArena::_NewChunk(size_t uSize)
+{
+    void* pBlock = nullptr;
+    if (uSize == LARGE_CHUNK && !t_chunkCache.chunks.empty())
+    {
+        pBlock = t_chunkCache.chunks.back();
+        t_chunkCache.chunks.pop_back();
+    }
+    else
+    {
+        pBlock = std::malloc(uSize);
+        if (!pBlock)
+        {
+            throw std::bad_alloc();
+        }
+    }
+    SChunk* pChunk = static_cast<SChunk*>(pBlock);
+    pChunk->uSize = uSize;
+    return pChunk;
+}
+
+void CScriptArena::_FreeChunk(SChunk* pChunk)
+{
+    if (pChunk->uSize == LARGE_CHUNK && t_chunkCache.chunks.size() < MAX_CACHED_CHUNKS)
+    {
+        t_chunkCache.chunks.push_back(pChunk);
+        return;
+    }
+    std::free(pChunk);
+}
+
+CScriptArena::~CScriptArena()
+{
+    while (m_pChunks)
+    {
+        SChunk* pNext = m_pChunks->pNext;
+        _FreeChunk(m_pChunks);
+        m_pChunks = pNext;
+    }
+}
+
+void* CScriptArena::Allocate(size_t uBytes)
+{
+    uBytes = (uBytes + 7) & ~static_cast<size_t>(7);
+    if (static_cast<size_t>(m_pcEnd - m_pcNext) < uBytes)
+    {
+        // Chunks double up to LARGE_CHUNK, so a small tree stays small; a larger request gets
+        // a chunk of its own size.
+        const size_t uHeader = (sizeof(SChunk) + 7) & ~static_cast<size_t>(7);
+        const size_t uSize = uBytes + uHeader > m_uNextChunk ? uBytes + uHeader : m_uNextChunk;
+        m_uNextChunk = m_uNextChunk < LARGE_CHUNK ? m_uNextChunk * 2 : LARGE_CHUNK;
+        SChunk* pChunk = _NewChunk(uSize);
+        pChunk->pNext = m_pChunks;
+        m_pChunks = pChunk;
+        m_pcNext = reinterpret_cast<char*>(pChunk) + uHeader;
+        m_pcEnd = reinterpret_cast<char*>(pChunk) + uSize;
+    }
+    void* pBlock = m_pcNext;
+    m_pcNext += uBytes;
+    return pBlock;
+}
 
 // ---------------------------------------------------------------------------------------
 // CScriptValue
@@ -42,7 +129,7 @@ CScriptValue::CScriptValue(const char* pcText) : CScriptValue(std::string_view(p
 
 CScriptValue::CScriptValue(std::string_view text)
 {
-    _SetString(text);
+    _SetString(text, nullptr);
 }
 
 CScriptValue::CScriptValue(void* pPointer)
@@ -81,17 +168,19 @@ CScriptValue& CScriptValue::operator=(const CScriptValue& other)
     return *this;
 }
 
-void CScriptValue::_SetString(std::string_view text)
+void CScriptValue::_SetString(std::string_view text, CScriptArena* pArena)
 {
     m_iType = TYPE_STRING;
+    m_uInArena = 0;
     if (text.size() <= SHORT_STRING)
     {
-        m_uShortLength = static_cast<uint32_t>(text.size()) + 1;
+        m_uShortLength = static_cast<uint16_t>(text.size() + 1);
         std::memset(m_payload.acShort, 0, sizeof(m_payload.acShort));
         std::memcpy(m_payload.acShort, text.data(), text.size());
         return;
     }
-    void* pBlock = std::malloc(offsetof(SString, acText) + text.size() + 1);
+    void* pBlock =
+        pArena ? pArena->Allocate(_StringBlockSize(text.size())) : std::malloc(_StringBlockSize(text.size()));
     if (!pBlock)
     {
         throw std::bad_alloc();
@@ -101,7 +190,23 @@ void CScriptValue::_SetString(std::string_view text)
     std::memcpy(pString->acText, text.data(), text.size());
     pString->acText[text.size()] = '\0';
     m_uShortLength = 0;
+    m_uInArena = pArena ? 1 : 0;
     m_payload.pString = pString;
+}
+
+void CScriptValue::_SetStringIn(CScriptArena& arena, std::string_view text)
+{
+    _Release();
+    _SetString(text, &arena);
+}
+
+CScriptTable& CScriptValue::_SetTableIn(CScriptArena& arena, uint32_t uCapacity)
+{
+    _Release();
+    m_iType = TYPE_TABLE;
+    m_uInArena = 1;
+    m_payload.pTable = CScriptTable::_NewIn(arena, uCapacity);
+    return *m_payload.pTable;
 }
 
 void CScriptValue::_FreeOwned()
@@ -118,13 +223,15 @@ void CScriptValue::_FreeOwned()
 
 void CScriptValue::_CopyFrom(const CScriptValue& other)
 {
+    // A copy owns all it holds, wherever the original lies.
     if (other.m_iType == TYPE_STRING && other.m_uShortLength == 0)
     {
-        _SetString(other.GetStringView());
+        _SetString(other.GetStringView(), nullptr);
         return;
     }
     m_iType = other.m_iType;
     m_uShortLength = other.m_uShortLength;
+    m_uInArena = 0;
     if (m_iType == TYPE_TABLE)
     {
         m_payload.pTable = CScriptTable::_New(other.m_payload.pTable->m_uCount);
@@ -230,7 +337,7 @@ void CScriptValue::SetPointer(void* pPointer)
 void CScriptValue::SetString(std::string_view text)
 {
     _Release();
-    _SetString(text);
+    _SetString(text, nullptr);
 }
 
 CScriptTable& CScriptValue::SetTable(uint32_t uCapacity)
@@ -288,6 +395,19 @@ int CScriptValue::Compare(const CScriptValue& a, const CScriptValue& b)
     }
 }
 
+bool CScriptValue::_SameKey(const CScriptValue& a, const CScriptValue& b)
+{
+    if (a.m_iType != b.m_iType || a.m_uShortLength != b.m_uShortLength)
+    {
+        return false;
+    }
+    if (a.m_iType == TYPE_STRING && a.m_uShortLength)
+    {
+        return std::memcmp(a.m_payload.acShort, b.m_payload.acShort, sizeof(a.m_payload.acShort)) == 0;
+    }
+    return Compare(a, b) == 0;
+}
+
 bool CScriptValue::Equals(const CScriptValue& other) const
 {
     if (m_iType != other.m_iType)
@@ -337,6 +457,33 @@ void CScriptTable::_Delete(CScriptTable* pTable)
     std::free(pTable);
 }
 
+CScriptTable* CScriptTable::_NewIn(CScriptArena& arena, uint32_t uCapacity)
+{
+    char* pBlock = static_cast<char*>(arena.Allocate(sizeof(CScriptTable) + uCapacity * sizeof(Pair)));
+    CScriptTable* pTable = new (pBlock) CScriptTable();
+    pTable->m_pPairs = reinterpret_cast<Pair*>(pBlock + sizeof(CScriptTable));
+    pTable->m_uCapacity = uCapacity;
+    pTable->m_bInBlock = true;
+    return pTable;
+}
+
+void CScriptTable::_AdoptArena(CScriptArena* pArena)
+{
+    delete m_pArena;
+    m_pArena = pArena;
+}
+
+void CScriptTable::_DropContents()
+{
+    for (uint32_t i = 0; i < m_uCount; ++i)
+    {
+        m_pPairs[i].~Pair();
+    }
+    m_uCount = 0;
+    delete m_pArena;
+    m_pArena = nullptr;
+}
+
 CScriptTable::CScriptTable(const CScriptTable& other)
 {
     *this = other;
@@ -349,7 +496,7 @@ CScriptTable::CScriptTable(CScriptTable&& other) noexcept
 
 CScriptTable::~CScriptTable()
 {
-    _DestroyPairs();
+    _DropContents();
     if (!m_bInBlock)
     {
         std::free(m_pPairs);
@@ -360,7 +507,7 @@ CScriptTable& CScriptTable::operator=(const CScriptTable& other)
 {
     if (this != &other)
     {
-        _DestroyPairs();
+        _DropContents();
         _Reserve(other.m_uCount);
         for (uint32_t i = 0; i < other.m_uCount; ++i)
         {
@@ -377,7 +524,10 @@ CScriptTable& CScriptTable::operator=(CScriptTable&& other) noexcept
     {
         return *this;
     }
-    _DestroyPairs();
+    _DropContents();
+    // The other's arena, if any, holds what its pairs point to: it comes along.
+    m_pArena = other.m_pArena;
+    other.m_pArena = nullptr;
     if (!other.m_bInBlock && other.m_uCapacity > m_uCapacity)
     {
         // Take the other's heap array.
@@ -400,22 +550,13 @@ CScriptTable& CScriptTable::operator=(CScriptTable&& other) noexcept
         new (m_pPairs + i) Pair(std::move(other.m_pPairs[i]));
     }
     m_uCount = other.m_uCount;
-    other._DestroyPairs();
+    other._DropContents();
     return *this;
-}
-
-void CScriptTable::_DestroyPairs()
-{
-    for (uint32_t i = 0; i < m_uCount; ++i)
-    {
-        m_pPairs[i].~Pair();
-    }
-    m_uCount = 0;
 }
 
 void CScriptTable::Clear()
 {
-    _DestroyPairs();
+    _DropContents();
 }
 
 void CScriptTable::_Reserve(uint32_t uCapacity)
@@ -516,10 +657,73 @@ void CScriptTable::Set(CScriptValue&& key, CScriptValue&& value)
     m_pPairs[uIndex].second = std::move(value);
 }
 
+void CScriptTable::_AssignMovedIn(CScriptArena& arena, Pair* pFirst, Pair* pLast)
+{
+    _DropContents();
+    const uint32_t uCount = static_cast<uint32_t>(pLast - pFirst);
+    if (uCount > m_uCapacity)
+    {
+        if (!m_bInBlock)
+        {
+            std::free(m_pPairs);
+        }
+        m_pPairs = static_cast<Pair*>(arena.Allocate(uCount * sizeof(Pair)));
+        m_uCapacity = uCount;
+        m_bInBlock = true;
+    }
+    AssignMoved(pFirst, pLast);
+}
+
+bool CScriptTable::_SortOrder(const Pair* pPairs, uint32_t uCount, uint8_t* pOrder)
+{
+    // Insertion sort of indices: stable, adaptive, and cheap for the small tables most are.
+    bool bRepeats = false;
+    for (uint32_t i = 0; i < uCount; ++i)
+    {
+        uint32_t j = i;
+        for (; j > 0; --j)
+        {
+            const int iOrder = CScriptValue::Compare(pPairs[pOrder[j - 1]].first, pPairs[i].first);
+            if (iOrder <= 0)
+            {
+                bRepeats = bRepeats || iOrder == 0;
+                break;
+            }
+            pOrder[j] = pOrder[j - 1];
+        }
+        pOrder[j] = static_cast<uint8_t>(i);
+    }
+    return bRepeats;
+}
+
+void CScriptTable::_PlaceInOrder(Pair* pFirst, const uint8_t* pOrder, uint32_t uCount)
+{
+    _DropContents();
+    _Reserve(uCount);
+    for (uint32_t i = 0; i < uCount; ++i)
+    {
+        new (m_pPairs + i) Pair(std::move(pFirst[pOrder[i]]));
+    }
+    m_uCount = uCount;
+}
+
 void CScriptTable::AssignMoved(Pair* pFirst, Pair* pLast)
 {
-    _DestroyPairs();
-    _Reserve(static_cast<uint32_t>(pLast - pFirst));
+    const uint32_t uCount = static_cast<uint32_t>(pLast - pFirst);
+    if (uCount <= SMALL_SORT)
+    {
+        // Each pair moves once, straight to its place.
+        uint8_t auOrder[SMALL_SORT];
+        const bool bRepeats = _SortOrder(pFirst, uCount, auOrder);
+        _PlaceInOrder(pFirst, auOrder, uCount);
+        if (bRepeats)
+        {
+            _DropRepeats();
+        }
+        return;
+    }
+    _DropContents();
+    _Reserve(uCount);
     for (Pair* p = pFirst; p != pLast; ++p)
     {
         new (m_pPairs + m_uCount) Pair(std::move(*p));
@@ -530,56 +734,24 @@ void CScriptTable::AssignMoved(Pair* pFirst, Pair* pLast)
 
 void CScriptTable::_SortAndDropRepeats()
 {
-    // One pass finds out whether the pairs are in order already (Lua gives an array's
-    // part in order) and whether any key repeats.
+    // Lua gives an array's part in order: one pass tells whether sorting is needed at all.
     bool bSorted = true;
-    bool bRepeats = false;
-    if (m_uCount <= 16)
+    for (uint32_t i = 1; i < m_uCount && bSorted; ++i)
     {
-        // Insertion sort: stable, adaptive, and no buffer for the small tables most are.
-        for (uint32_t i = 1; i < m_uCount; ++i)
-        {
-            int iOrder = CScriptValue::Compare(m_pPairs[i - 1].first, m_pPairs[i].first);
-            bRepeats = bRepeats || iOrder == 0;
-            if (iOrder <= 0)
-            {
-                continue;
-            }
-            Pair moving(std::move(m_pPairs[i]));
-            uint32_t j = i;
-            for (; j > 0; --j)
-            {
-                iOrder = CScriptValue::Compare(m_pPairs[j - 1].first, moving.first);
-                if (iOrder <= 0)
-                {
-                    bRepeats = bRepeats || iOrder == 0;
-                    break;
-                }
-                m_pPairs[j] = std::move(m_pPairs[j - 1]);
-            }
-            m_pPairs[j] = std::move(moving);
-        }
+        bSorted = CScriptValue::Compare(m_pPairs[i - 1].first, m_pPairs[i].first) < 0;
     }
-    else
-    {
-        for (uint32_t i = 1; i < m_uCount; ++i)
-        {
-            int iOrder = CScriptValue::Compare(m_pPairs[i - 1].first, m_pPairs[i].first);
-            bSorted = bSorted && iOrder < 0;
-            bRepeats = bRepeats || iOrder == 0;
-        }
-        if (!bSorted)
-        {
-            std::stable_sort(m_pPairs, m_pPairs + m_uCount,
-                             [](const Pair& a, const Pair& b)
-                             { return CScriptValue::Compare(a.first, b.first) < 0; });
-            bRepeats = true; // not known after sorting; the pass below tells
-        }
-    }
-    if (!bRepeats)
+    if (bSorted)
     {
         return;
     }
+    std::stable_sort(m_pPairs, m_pPairs + m_uCount,
+                     [](const Pair& a, const Pair& b)
+                     { return CScriptValue::Compare(a.first, b.first) < 0; });
+    _DropRepeats();
+}
+
+void CScriptTable::_DropRepeats()
+{
     // Of a run of equal keys the last wins, as a later store overwrites.
     uint32_t uOut = 0;
     for (uint32_t i = 0; i < m_uCount; ++i)

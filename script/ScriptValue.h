@@ -15,6 +15,36 @@ namespace GLib::Script
 
 class CScriptTable;
 
+// Memory for the strings and tables inside one tree read from Lua: placed one after another
+// in large chunks, and freed at once with the tree's root table. Nothing inside such a tree
+// can be reached other than read-only, so its parts never outlive the root; copies taken out
+// of it are ordinary owned values.
+class CScriptArena final
+{
+public:
+    CScriptArena() = default;
+    ~CScriptArena();
+    CScriptArena(const CScriptArena&) = delete;
+    CScriptArena& operator=(const CScriptArena&) = delete;
+
+    // 8-byte aligned room for uBytes.
+    void* Allocate(size_t uBytes);
+
+private:
+    struct SChunk
+    {
+        SChunk* pNext;
+        size_t uSize;
+    };
+    static SChunk* _NewChunk(size_t uSize);
+    static void _FreeChunk(SChunk* pChunk);
+
+    SChunk* m_pChunks = nullptr;
+    char* m_pcNext = nullptr;
+    char* m_pcEnd = nullptr;
+    size_t m_uNextChunk = 4096;
+};
+
 // A record of 16 bytes, held by the hundred thousand in a data table: final, with no virtual
 // table.
 class CScriptValue final
@@ -42,7 +72,8 @@ public:
     explicit CScriptValue(CScriptTable&& table);
     CScriptValue(const CScriptValue& other);
     CScriptValue(CScriptValue&& other) noexcept
-        : m_iType(other.m_iType), m_uShortLength(other.m_uShortLength), m_payload(other.m_payload)
+        : m_iType(other.m_iType), m_uShortLength(other.m_uShortLength), m_uInArena(other.m_uInArena),
+          m_payload(other.m_payload)
     {
         other._Forget();
     }
@@ -55,6 +86,7 @@ public:
             _Release();
             m_iType = other.m_iType;
             m_uShortLength = other.m_uShortLength;
+            m_uInArena = other.m_uInArena;
             m_payload = other.m_payload;
             other._Forget();
         }
@@ -96,6 +128,14 @@ public:
     bool Equals(const CScriptValue& other) const;
 
 private:
+    friend class CLuaParamHelper;
+
+    // Keys that compare equal, told quickly for short strings.
+    static bool _SameKey(const CScriptValue& a, const CScriptValue& b);
+    // For the table reader: a string or a table placed in the arena of the tree being read.
+    void _SetStringIn(CScriptArena& arena, std::string_view text);
+    CScriptTable& _SetTableIn(CScriptArena& arena, uint32_t uCapacity);
+
     // Strings up to this length live in the payload itself: most keys of a data table do.
     static constexpr size_t SHORT_STRING = 7;
     // A longer string's single block: the length, then the bytes and a terminator.
@@ -104,11 +144,12 @@ private:
         uint32_t uLength;
         char acText[1];
     };
-    void _SetString(std::string_view text);
+    static size_t _StringBlockSize(size_t uLength) { return offsetof(SString, acText) + uLength + 1; }
+    void _SetString(std::string_view text, CScriptArena* pArena);
     // Frees what the value owns, if anything, and makes it nil. Inline: most values own nothing.
     void _Release()
     {
-        if (m_iType >= TYPE_STRING)
+        if (m_iType >= TYPE_STRING && !m_uInArena)
         {
             _FreeOwned();
         }
@@ -120,12 +161,14 @@ private:
     {
         m_iType = TYPE_NIL;
         m_uShortLength = 0;
+        m_uInArena = 0;
         m_payload.dNumber = 0.0;
     }
     void _CopyFrom(const CScriptValue& other);
 
     int32_t m_iType = TYPE_NIL;
-    uint32_t m_uShortLength = 0; // a string held in the payload: its length + 1; else 0
+    uint16_t m_uShortLength = 0; // a string held in the payload: its length + 1; else 0
+    uint16_t m_uInArena = 0;     // the string or table lies in a tree's arena
     union
     {
         double dNumber;
@@ -139,7 +182,7 @@ private:
 // An owned map from script value to script value, ordered by CScriptValue::Compare. Kept as a
 // sorted array of pairs: tables are read once and walked often. A table held by a value keeps
 // its pairs in the same block as itself when their number was known at creation, so a table
-// read from Lua costs one allocation.
+// costs one allocation; the root of a tree read from Lua also owns the tree's arena.
 class CScriptTable final
 {
 public:
@@ -182,20 +225,36 @@ public:
 
 private:
     friend class CScriptValue;
+    friend class CLuaParamHelper;
 
     // A table on the heap with room for uCapacity pairs in its own block; freed by _Delete.
     static CScriptTable* _New(uint32_t uCapacity);
     static void _Delete(CScriptTable* pTable);
+    // The same inside an arena; freed with the arena.
+    static CScriptTable* _NewIn(CScriptArena& arena, uint32_t uCapacity);
+    // Takes ownership of the arena that the pairs' contents lie in.
+    void _AdoptArena(CScriptArena* pArena);
+    // AssignMoved with the pairs' array placed in an arena (the one the table adopts next).
+    void _AssignMovedIn(CScriptArena& arena, Pair* pFirst, Pair* pLast);
+    // Destroys the pairs, then the arena they may have used.
+    void _DropContents();
     // Makes room for uCapacity pairs; the pairs held move along.
     void _Reserve(uint32_t uCapacity);
-    void _DestroyPairs();
+    // Tables up to this size are sorted by index, before their pairs move in.
+    static constexpr uint32_t SMALL_SORT = 16;
+    // Fills pOrder with the source index of each place, in key order; true when keys repeat.
+    static bool _SortOrder(const Pair* pPairs, uint32_t uCount, uint8_t* pOrder);
+    // Replaces the pairs by the range's, moving source pOrder[i] to place i.
+    void _PlaceInOrder(Pair* pFirst, const uint8_t* pOrder, uint32_t uCount);
     void _SortAndDropRepeats();
+    void _DropRepeats();
     uint32_t _LowerBound(const CScriptValue& key) const;
 
     Pair* m_pPairs = nullptr;
     uint32_t m_uCount = 0;
     uint32_t m_uCapacity = 0;
-    bool m_bInBlock = false; // m_pPairs lies in the table's own block
+    bool m_bInBlock = false; // m_pPairs lies in the table's own block or an arena: not freed alone
+    CScriptArena* m_pArena = nullptr;
 };
 
 } // namespace GLib::Script

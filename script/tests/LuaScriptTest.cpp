@@ -364,6 +364,48 @@ TEST(LuaScript, TableKeysComeOutByTypeCodeThenValue)
     EXPECT_TRUE(c.GetTable().Get("co").IsNil());
 }
 
+TEST(LuaScript, RecordListsReadEachRecordInKeyOrder)
+{
+    // Records of one shape, others of the same size with other keys, and long strings, at
+    // several levels: each table must come out sorted with its own values.
+    CLuaScript script;
+    ASSERT_TRUE(script.RunString(
+        "List = {}\n"
+        "for i = 1, 60 do\n"
+        "  local r\n"
+        "  if i % 3 == 0 then r = { zeta = i, alpha = -i, [2] = 'two', mid = { b = i, a = 0 } }\n"
+        "  else r = { name = 'a rather long name ' .. i, id = i, tag = 'x', [true] = i }\n"
+        "  end\n"
+        "  List[i] = r\n"
+        "end"));
+    CScriptValue list;
+    ASSERT_TRUE(script.GetGlobalTable("List", list));
+    ASSERT_EQ(list.GetTable().Count(), 60);
+    for (int i = 1; i <= 60; ++i)
+    {
+        const CScriptTable& record = list.GetTable().Get(i).GetTable();
+        if (i % 3 == 0)
+        {
+            ASSERT_EQ(KeyTexts(record), (std::vector<std::string>{"2", "'alpha'", "'mid'", "'zeta'"})) << i;
+            EXPECT_EQ(record.Get("zeta").GetNumber(), i);
+            EXPECT_EQ(record.Get("alpha").GetNumber(), -i);
+            EXPECT_EQ(KeyTexts(record.Get("mid").GetTable()), (std::vector<std::string>{"'a'", "'b'"}));
+            EXPECT_EQ(record.Get("mid").GetTable().Get("b").GetNumber(), i);
+        }
+        else
+        {
+            ASSERT_EQ(KeyTexts(record), (std::vector<std::string>{"true", "'id'", "'name'", "'tag'"})) << i;
+            EXPECT_EQ(record.Get("name").GetStringView(), "a rather long name " + std::to_string(i));
+            EXPECT_EQ(record.Get("id").GetNumber(), i);
+            EXPECT_EQ(record.At(0).second.GetNumber(), i);
+        }
+    }
+    // A copy taken out of the tree outlives it.
+    CScriptValue copy = list.GetTable().Get(2);
+    list.SetNil();
+    EXPECT_EQ(copy.GetTable().Get("name").GetStringView(), "a rather long name 2");
+}
+
 TEST(LuaScript, NestedTablesRoundTrip)
 {
     CScriptValue root;
