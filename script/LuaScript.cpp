@@ -144,24 +144,22 @@ void CLuaState::SetGlobal(const char* pcName, int32_t iValue) const
 // ---------------------------------------------------------------------------------------
 // CLuaParamHelper: script values in and out
 
-// The tables being read, outermost first: a table met again inside itself is a cycle. The
-// pairs of every table being read wait on one scratch stack, so that each table's own array
-// is allocated once, at its exact size.
-//
-// Everything inside the outermost table is placed in one arena, handed to that table at the
-// end: a tree costs a few large allocations instead of one per table and string.
-//
-// The scratch stack stays with the thread between reads, unless a very wide table grew it.
+// The state of one read of a tree of tables:
+// - the tables being read, outermost first: a table met again inside itself is a cycle;
+// - the pairs of every table being read wait on one scratch stack, so that each table's own
+//   array is allocated once, at its exact size; the stack stays with the thread between
+//   reads, unless a very wide table grew it;
+// - everything inside the outermost table is placed in one arena, handed to that table at the
+//   end: a tree costs a few large allocations instead of one per table and string;
+// - records of one kind (the entries of an item list) have the same keys: the order that one
+//   record's sort found is remembered per nesting level and size, checked against the next
+//   record's keys, and used without sorting again.
 namespace
 {
 thread_local std::vector<CScriptTable::Pair> t_scratch;
 constexpr size_t MAX_KEPT_SCRATCH = 0x40000 / sizeof(CScriptTable::Pair);
 } // namespace
 
-//
-// Records of one kind (the entries of an item list) have the same keys, met in the same order:
-// the order one record's sort found is remembered per nesting level and size, checked against
-// the next record's keys, and used without sorting again.
 struct CLuaParamHelper::SReadPath
 {
     struct SShape
@@ -183,8 +181,8 @@ struct CLuaParamHelper::SReadPath
     SReadPath& operator=(const SReadPath&) = delete;
     ~SReadPath()
     {
-        delete pArena;
         scratch.resize(uScratchBase);
+        delete pArena;
         if (uScratchBase == 0 && scratch.capacity() > MAX_KEPT_SCRATCH)
         {
             std::vector<CScriptTable::Pair>().swap(scratch);

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <vector>
 
 namespace GLib::Script
 {
@@ -31,30 +30,35 @@ namespace
 {
 // Freed chunks of the largest size wait here for the next tree read on the same thread, so
 // that reading file after file does not hand memory back and fault it in again each time.
+// Plain thread-locals, valid to the thread's very end; the closer frees what waits when the
+// thread ends, after which chunks are freed at once (a tree may die in a later destructor).
 constexpr size_t LARGE_CHUNK = 0x40000;
-constexpr size_t MAX_CACHED_CHUNKS = 16;
+constexpr uint32_t MAX_CACHED_CHUNKS = 16;
 
-struct SChunkCache
+thread_local void* t_apCachedChunks[MAX_CACHED_CHUNKS];
+thread_local uint32_t t_uCachedChunks = 0;
+thread_local bool t_bCacheClosed = false;
+
+struct SChunkCacheCloser
 {
-    std::vector<void*> chunks;
-    ~SChunkCache()
+    ~SChunkCacheCloser()
     {
-        for (void* pChunk : chunks)
+        while (t_uCachedChunks > 0)
         {
-            std::free(pChunk);
+            std::free(t_apCachedChunks[--t_uCachedChunks]);
         }
+        t_bCacheClosed = true;
     }
 };
-thread_local SChunkCache t_chunkCache;
+thread_local SChunkCacheCloser t_cacheCloser;
 } // namespace
 
 CScriptArena::SChunk* CScriptArena::_NewChunk(size_t uSize)
 {
     void* pBlock = nullptr;
-    if (uSize == LARGE_CHUNK && !t_chunkCache.chunks.empty())
+    if (uSize == LARGE_CHUNK && t_uCachedChunks > 0)
     {
-        pBlock = t_chunkCache.chunks.back();
-        t_chunkCache.chunks.pop_back();
+        pBlock = t_apCachedChunks[--t_uCachedChunks];
     }
     else
     {
@@ -71,9 +75,10 @@ CScriptArena::SChunk* CScriptArena::_NewChunk(size_t uSize)
 
 void CScriptArena::_FreeChunk(SChunk* pChunk)
 {
-    if (pChunk->uSize == LARGE_CHUNK && t_chunkCache.chunks.size() < MAX_CACHED_CHUNKS)
+    if (pChunk->uSize == LARGE_CHUNK && !t_bCacheClosed && t_uCachedChunks < MAX_CACHED_CHUNKS)
     {
-        t_chunkCache.chunks.push_back(pChunk);
+        static_cast<void>(&t_cacheCloser); // constructs the closer on this thread's first use
+        t_apCachedChunks[t_uCachedChunks++] = pChunk;
         return;
     }
     std::free(pChunk);
