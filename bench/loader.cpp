@@ -15,6 +15,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <time.h>
 #include <vector>
 
 using namespace Kestrin::Utility;
@@ -89,9 +90,19 @@ private:
 struct SFrameRun
 {
     double dSeconds = 0.0;
-    double dWorstOverrunUs = 0.0;
+    double dWorstOverrunUs = 0.0;    // wall time of a Tick past its budget
+    double dWorstCpuOverrunUs = 0.0; // the main thread's own time in a Tick past its budget
     int iFrames = 0;
 };
+
+// The calling thread's processor time, in microseconds: unlike the wall clock it does not
+// grow while the thread waits for a core that the two loader threads keep busy.
+double ThreadCpuUs()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) * 1e-3;
+}
 
 // Submits every task, then runs frames of iFrameUs: Tick(3) at the start of each, and the
 // rest of the frame spent elsewhere (the render thread, the present), until all completed.
@@ -109,9 +120,12 @@ SFrameRun RunFrameLoop(int iFrameUs)
     while (iCompleted < TASK_COUNT)
     {
         const Clock::time_point frame = Clock::now();
+        const double dCpuStart = ThreadCpuUs();
         loader.Tick(TICK_BUDGET_MS);
+        const double dCpuUs = ThreadCpuUs() - dCpuStart;
         const double dTickUs = std::chrono::duration<double, std::micro>(Clock::now() - frame).count();
         run.dWorstOverrunUs = std::max(run.dWorstOverrunUs, dTickUs - TICK_BUDGET_MS * 1000.0);
+        run.dWorstCpuOverrunUs = std::max(run.dWorstCpuOverrunUs, dCpuUs - TICK_BUDGET_MS * 1000.0);
         ++run.iFrames;
         std::this_thread::sleep_until(frame + std::chrono::microseconds(iFrameUs));
     }
@@ -124,29 +138,37 @@ void BM_LoaderFrameLoop(benchmark::State& state)
 {
     DataPath();
     double dWorst = 0.0;
+    double dWorstCpu = 0.0;
     int iFrames = 0;
     for (auto _ : state)
     {
         SFrameRun run = RunFrameLoop(static_cast<int>(state.range(0)));
         state.SetIterationTime(run.dSeconds);
         dWorst = std::max(dWorst, run.dWorstOverrunUs);
+        dWorstCpu = std::max(dWorstCpu, run.dWorstCpuOverrunUs);
         iFrames = run.iFrames;
     }
     state.counters["worst_tick_overrun_us"] = dWorst;
+    state.counters["worst_tick_cpu_overrun_us"] = dWorstCpu;
     state.counters["frames"] = iFrames;
 }
 // Frames of 10 ms (100 fps) and of 16.7 ms (60 fps).
 BENCHMARK(BM_LoaderFrameLoop)->Arg(10000)->Arg(16667)->UseManualTime()->Unit(benchmark::kMillisecond);
 
-// The worst Tick overrun past its 3 ms budget of one frame-loop run, as the "time".
+// The worst Tick of one frame-loop run past its 3 ms budget, as the "time": the main thread's
+// own processor time, which a preemption on a busy machine does not inflate; the wall-clock
+// figure is a counter beside it.
 void BM_LoaderWorstTickOverrun(benchmark::State& state)
 {
     DataPath();
+    double dWorstWall = 0.0;
     for (auto _ : state)
     {
         SFrameRun run = RunFrameLoop(10000);
-        state.SetIterationTime(std::max(run.dWorstOverrunUs, 0.0) * 1e-6);
+        state.SetIterationTime(std::max(run.dWorstCpuOverrunUs, 0.0) * 1e-6);
+        dWorstWall = std::max(dWorstWall, run.dWorstOverrunUs);
     }
+    state.counters["worst_tick_overrun_us"] = dWorstWall;
 }
 BENCHMARK(BM_LoaderWorstTickOverrun)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
 
