@@ -8,6 +8,7 @@ namespace
 {
 const EdToolCommand g_aCommands[] = {
     {"scene", SCENE_USAGE, &SceneMain},
+    {"dae", DAE_USAGE, &DaeMain},
     {nullptr, nullptr, nullptr},
 };
 
