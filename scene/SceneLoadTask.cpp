@@ -16,7 +16,8 @@ GUtLogChannel g_loadLog{0, 4, 3, 0, 1, 0, nullptr};
 } // namespace
 
 CSceneLoadTask::CSceneLoadTask(CScene* pScene, const std::string& strName, const CSceneFolders& folders)
-    : m_pScene(pScene), m_strName(strName), m_folders(folders)
+    : Kestrin::Utility::CLoadTask(("scene " + strName).c_str(), DEFAULT_PRIORITY), m_pScene(pScene),
+      m_strName(strName), m_folders(folders)
 {
     m_strFilePath = pScene->GetFolder() + strName + ".scene";
 }

@@ -47,7 +47,8 @@ CScene* CSceneManager::LoadScene(const std::string& strName, const std::string& 
         pScene = std::make_unique<CScene>(strName);
         pScene->SetManager(this, m_iNextSceneId++);
     }
-    pScene->SetServices(m_pRenderWorld, m_pPhysicsWorld, m_pAudioDevice, m_pFxPlayer, m_pCharacters, m_bHeadless);
+    pScene->SetServices(m_pRenderWorld, m_pPhysicsWorld, m_pAudioDevice, m_pFxPlayer, m_pCharacters,
+                        m_bHeadless);
     m_loading.erase(std::remove(m_loading.begin(), m_loading.end(), strName), m_loading.end());
     if (!pScene->Open(strFolder + strName + ".scene", bAsynchronous))
     {

@@ -5,6 +5,8 @@
 #include "scene/SceneLoadTask.h"
 #include "scene/ScenePropFile.h"
 
+#include "engine/utility/AsyncLoader.h"
+
 namespace Ovrel
 {
 
@@ -37,13 +39,26 @@ bool CScene::Open(const std::string& strPath, bool bAsynchronous)
 
 bool CScene::SubmitLoadTask(CSceneLoadTask* pTask)
 {
-    (void)pTask;
-    return false;
+    Kestrin::Utility::CAsyncLoader* pLoader = Kestrin::Utility::GetAsyncLoader();
+    if (!pLoader)
+    {
+        return false;
+    }
+    // Set before Submit: a loader that is not enabled runs the task to its end inside it.
+    m_pLoadTask = pTask;
+    pLoader->Submit(pTask);
+    return true;
 }
 
 void CScene::CancelLoadTask(CSceneLoadTask* pTask)
 {
-    delete pTask;
+    // The task is still in the loader it went to (it leaves the scene's hands only through
+    // Complete or Fail), which destroys it.
+    Kestrin::Utility::IAsyncLoader* pLoader = pTask->GetLoader();
+    if (pLoader)
+    {
+        pLoader->Cancel(pTask);
+    }
 }
 
 bool CScene::LoadPropFile()

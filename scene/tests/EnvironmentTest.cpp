@@ -8,6 +8,7 @@
 #include "Utils/Utility/GUtDebug.h"
 #include "engine/renderer/RendererSettings.h"
 #include "engine/utility/SystemOutput.h"
+#include "script/LuaScript.h"
 
 #include <gtest/gtest.h>
 
@@ -306,4 +307,70 @@ TEST(Environment, AnAnimationWhoseEnvironmentGoesAwayEnds)
     EXPECT_FALSE(animator.Activate("Dusk"));
     animator.Clear();
     EXPECT_TRUE(animator.GetAnimations().empty());
+}
+
+namespace
+{
+std::vector<std::string> g_luaErrors;
+void KeepLuaError(GLib::Script::CLuaScript*, int, const char* pcText)
+{
+    g_luaErrors.push_back(pcText);
+}
+} // namespace
+
+TEST(Environment, TheAnimationFileReportsEachBadCallAndKeepsTheGoodOnes)
+{
+    CTempFolder temp;
+    WriteText(temp / "EnvironmentAnimation.lua", "EnvironmentAnimation(\"Dusk\", 0, 10, \"Night\")\n"
+                                                 "EnvironmentAnimation(\"Short\", 1, 2)\n"
+                                                 "EnvironmentAnimation(\"Long\", 1, 2, \"Day\", 5)\n"
+                                                 "EnvironmentAnimation(\"Back\", 5, 5, \"Day\")\n"
+                                                 "EnvironmentAnimation(\"Dusk\", 1, 2, \"Day\")\n"
+                                                 "EnvironmentAnimation(\"Dawn\", 0.5, 3.5, \"Day\")\n");
+    CScene scene;
+    CEnvironmentAnimator animator(&scene);
+    CMessages messages;
+    ASSERT_TRUE(animator.Load((temp / "EnvironmentAnimation.lua").c_str()));
+    EXPECT_EQ(messages.lines,
+              (std::vector<std::string>{"EnvironmentAnimation error ! need 4 arguments.",
+                                        "EnvironmentAnimation error ! need 4 arguments.",
+                                        "EnvironmentAnimation error ! EndTime should bigger than StartTime .",
+                                        "EnvironmentAnimation error ! name exist. Dusk"}));
+    ASSERT_EQ(animator.GetAnimations().size(), 2u);
+    EXPECT_EQ(animator.GetAnimations()[1].strName, "Dawn");
+    EXPECT_FLOAT_EQ(animator.GetAnimations()[1].fStartTime, 0.5f);
+    EXPECT_FLOAT_EQ(animator.GetAnimations()[1].fEndTime, 3.5f);
+    EXPECT_EQ(animator.GetAnimations()[1].strTarget, "Day");
+    EXPECT_FALSE(animator.Load((temp / "missing.lua").c_str()));
+    EXPECT_EQ(animator.GetAnimations().size(), 2u);
+}
+
+TEST(Environment, ActiveEnvAnimFromAScript)
+{
+    CScene scene;
+    scene.SetServices(nullptr, nullptr, nullptr, nullptr, nullptr, true);
+    Environment(scene, "Day");
+    Environment(scene, "Night");
+    CEnvironmentAnimator animator(&scene);
+    ASSERT_TRUE(animator.Add("Dusk", 0.0f, 1.0f, "Night"));
+    GLib::Script::CLuaScript script;
+    animator.RegisterFunctions(script.GetState());
+    script.SetErrorHook(&KeepLuaError);
+    g_luaErrors.clear();
+    CConsole console;
+    EXPECT_FALSE(script.RunString("ActiveEnvAnim()"));
+    EXPECT_FALSE(script.RunString("ActiveEnvAnim('Dusk', 2)"));
+    // Lua puts where the call stood in front: "[string "..."]:1: ".
+    ASSERT_EQ(g_luaErrors.size(), 2u);
+    for (const std::string& strError : g_luaErrors)
+    {
+        EXPECT_TRUE(strError.ends_with("]:1: ActiveEnvAnim error ! need 1 arguments.")) << strError;
+    }
+    EXPECT_TRUE(script.RunString("ActiveEnvAnim('Dawn')"));
+    EXPECT_EQ(console.text, "ActiveEnvAnim env: \"Dawn\" not founded.\n");
+    EXPECT_FALSE(animator.IsRunning());
+    EXPECT_TRUE(script.RunString("ActiveEnvAnim('Dusk')"));
+    EXPECT_TRUE(animator.IsRunning());
+    EXPECT_TRUE(script.RunString("EnvironmentAnimation('Dawn', 0, 1, 'Day')"));
+    EXPECT_EQ(animator.GetAnimations().size(), 2u);
 }

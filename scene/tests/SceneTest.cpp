@@ -5,6 +5,7 @@
 #include "scene/SceneFxSoundEntities.h"
 #include "scene/SceneGroupEntity.h"
 #include "scene/SceneLightEntity.h"
+#include "scene/SceneManager.h"
 #include "scene/SceneMarkerEntities.h"
 #include "scene/SceneMeshEntities.h"
 #include "scene/SceneVolumeEntities.h"
@@ -13,6 +14,7 @@
 #include "scene/tests/SceneTestUtil.h"
 
 #include "Utils/Utility/GUtDebug.h"
+#include "script/LuaScript.h"
 
 #include <gtest/gtest.h>
 
@@ -751,4 +753,38 @@ TEST(Scene, PathsTakeEitherSeparatorAndAnyCase)
     EXPECT_EQ(iFiles, 1);
     ASSERT_TRUE(scene.Open(temp / "Data/Level.scene", false));
     EXPECT_EQ(scene.GetEntityCount(), 17);
+}
+
+TEST(Scene, TheManagerOpensScenesByNameAndTellsTheScript)
+{
+    CTempFolder temp;
+    {
+        CScene scene;
+        Headless(scene);
+        Locator(scene, "A", {0, 0, 0});
+        ASSERT_TRUE(scene.Save(temp / "town.scene"));
+    }
+    GLib::Script::CLuaScript script;
+    ASSERT_TRUE(script.RunString("calls = '' function OnSceneLoad(name) calls = calls .. name .. ';' end"));
+    CSceneManager manager;
+    manager.SetServices(nullptr, nullptr, nullptr, nullptr, nullptr, true);
+    EXPECT_EQ(manager.LoadStartScene(false), nullptr);
+    manager.SetStartScene("town", temp.Path());
+    manager.SetScript(&script);
+    CScene* pScene = manager.LoadStartScene(false);
+    ASSERT_NE(pScene, nullptr);
+    EXPECT_EQ(pScene->GetEntityCount(), 1);
+    EXPECT_EQ(pScene->GetManager(), &manager);
+    EXPECT_EQ(pScene->GetOpenName(), "town");
+    GUtString calls;
+    ASSERT_TRUE(script.GetGlobalString("calls", calls));
+    EXPECT_STREQ(calls.c_str(), "town;");
+    EXPECT_EQ(manager.LoadScene("nowhere", temp.Path(), false), nullptr);
+    EXPECT_NE(manager.FindScene("nowhere"), nullptr);
+    ASSERT_TRUE(script.GetGlobalString("calls", calls));
+    EXPECT_STREQ(calls.c_str(), "town;");
+    EXPECT_EQ(manager.GetSceneCount(), 2);
+    EXPECT_TRUE(manager.UnloadScene("nowhere"));
+    EXPECT_FALSE(manager.UnloadScene("nowhere"));
+    EXPECT_EQ(CSceneManager::OnSceneLoadText("a\"b\\c"), "OnSceneLoad(\"a\\\"b\\\\c\")");
 }
