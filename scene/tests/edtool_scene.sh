@@ -49,6 +49,7 @@ fi
 "$tool" scene open "$dir/exact/full_little.scene" >"$out/open.txt"
 grep -q "opened at once in .* ms, 16 entities, next id 17" "$out/open.txt"
 grep -Eq "^  CGroupSceneEntity +1$" "$out/open.txt"
+grep -q "opened through the loader in .* ms over [0-9]* frames .*, 16 entities" "$out/open.txt"
 cat >"$out/props.dae" <<'EOF'
 <?xml version="1.0"?>
 <COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">
