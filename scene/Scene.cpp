@@ -30,7 +30,7 @@ void CScene::SetManager(CSceneManager* pManager, int32_t iSceneId)
 CSceneFolders CScene::GetFolders() const
 {
     CSceneFolders folders;
-    folders.strFolder = m_strTextureFolderOverride.empty() ? m_strFolder : m_strTextureFolderOverride;
+    folders.strFolder = m_strFolder;
     folders.strFxFolder = m_strFxFolderOverride.empty() ? m_strFolder : m_strFxFolderOverride;
     folders.strAssetFolder = m_strTextureFolderOverride.empty() ? m_strFolder : m_strTextureFolderOverride;
     folders.strModelFolder = m_strModelFolderOverride.empty() ? m_strFolder : m_strModelFolderOverride;

@@ -52,11 +52,13 @@ public:
     const std::string& GetOpenName() const { return m_strOpenName; }
     const std::string& GetDisplayName() const { return m_strDisplayName; }
     void SetDisplayName(const std::string& strName) { m_strDisplayName = strName; }
-    // Search folders in place of the scene's own folder; empty means the scene's folder.
+    // Search folders in place of the scene's own folder, for the asset helper's paths, for
+    // effects and for game-object meshes; empty means the scene's folder.
     void SetTextureFolderOverride(const std::string& s) { m_strTextureFolderOverride = s; }
     void SetFxFolderOverride(const std::string& s) { m_strFxFolderOverride = s; }
     void SetModelFolderOverride(const std::string& s) { m_strModelFolderOverride = s; }
-    // The folders a read resolves resource names against, overrides winning.
+    // The folders a read resolves resource names against: textures, materials, meshes and
+    // collision shapes on the scene's folder, the others on their overrides where set.
     CSceneFolders GetFolders() const;
     // Passed to every path scope as its force flag.
     void SetReloadFlag(uint8_t uReload) { m_uReloadFlag = uReload; }

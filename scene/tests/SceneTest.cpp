@@ -87,7 +87,8 @@ public:
     void BeginScopes(const CSceneFolders& folders) override
     {
         calls.push_back("begin " + folders.strFolder + " " + folders.strFxFolder + " " +
-                        folders.strModelFolder + " " + std::to_string(folders.uReload));
+                        folders.strAssetFolder + " " + folders.strModelFolder + " " +
+                        std::to_string(folders.uReload));
     }
     void EndScopes() override { calls.push_back("end"); }
     void SetReloadExisting(bool b) override { calls.push_back(b ? "reload on" : "reload off"); }
@@ -161,7 +162,7 @@ TEST(Scene, OpenFailuresLogTheirStepAndLeaveTheSceneEmpty)
     EXPECT_EQ(scene.GetEnvironment(), nullptr);
 }
 
-TEST(Scene, OpenOpensPathScopesOnTheFoldersWithOverridesWinning)
+TEST(Scene, OpenOpensPathScopesOnTheSceneFolderAndTheOverrides)
 {
     CTempFolder temp;
     WriteBytes(temp / "a.scene", BuildFullScene(false).bytes);
@@ -170,10 +171,15 @@ TEST(Scene, OpenOpensPathScopesOnTheFoldersWithOverridesWinning)
     Headless(scene);
     scene.SetResourceScopes(&resources);
     scene.SetFxFolderOverride("fx/");
+    scene.SetTextureFolderOverride("assets/");
     scene.SetReloadFlag(1);
     ASSERT_TRUE(scene.Open(temp / "a.scene", false));
     ASSERT_EQ(resources.calls.size(), 2u);
-    EXPECT_EQ(resources.calls[0], "begin " + temp.Path() + " fx/ " + temp.Path() + " 1");
+    EXPECT_EQ(resources.calls[0], "begin " + temp.Path() + " fx/ assets/ " + temp.Path() + " 1");
+    resources.calls.clear();
+    scene.SetModelFolderOverride("models/");
+    ASSERT_TRUE(scene.Open(temp / "a.scene", false));
+    EXPECT_EQ(resources.calls[0], "begin " + temp.Path() + " fx/ assets/ models/ 1");
     EXPECT_EQ(resources.calls[1], "end");
 }
 
