@@ -51,7 +51,6 @@ bool CScene::Save(const std::string& strPath)
     TakePath(strPath);
     RebuildBoundingBox();
     SortForSave(m_entities);
-    m_bIndexDirty = true;
     return WriteSceneFile(strPath, m_entities, true);
 }
 
