@@ -154,6 +154,10 @@ void CQtPlatform::Uninstall()
 
 bool CQtPlatform::SaveScreenshot(const char* pcPath)
 {
+    if (!QApplication::instance())
+    {
+        return false; // no display
+    }
     QScreen* pScreen = QApplication::primaryScreen();
     if (!pScreen)
     {

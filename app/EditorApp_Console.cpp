@@ -1,0 +1,57 @@
+// CEditorApp: the console's Lua state, the audio script, the game tables, and the console's
+// commands.
+#include "app/EditorApp.h"
+
+#include "app/NullEngine.h"
+#include "engine/ext/Console.h"
+#include "engine/utility/SystemOutput.h"
+
+namespace Ovrel
+{
+
+bool CEditorApp::_ReadAudioScript(CNullAudioDevice& device)
+{
+    if (!device.Initialize(std::string(), {}))
+    {
+        return false;
+    }
+    for (const char* pcCategory : {"Global", "Default", "Speech", "Music"})
+    {
+        device.SetCategoryVolume(pcCategory, 0.5f);
+    }
+    return true;
+}
+
+void CEditorApp::_CreateLoader() {}
+
+void CEditorApp::_CreateCamera() {}
+
+void CEditorApp::_DestroyScript() {}
+
+bool CEditorApp::_DestroyCamera()
+{
+    return false;
+}
+
+bool CEditorApp::_DestroyLoader()
+{
+    return false;
+}
+
+void CEditorApp::_CreateScripting()
+{
+    _Trace("37 CLuaScript tables animators");
+    _LoadGameTables();
+    m_pEnvironmentAnimator = new CNullAnimator("CEnvironmentAnimator");
+    m_pScriptedLightAnimator = new CNullAnimator("CScriptedLightAnimator");
+}
+
+void CEditorApp::_LoadGameTables() {}
+
+bool CEditorApp::_RunLua(const char* pcLine)
+{
+    Kestrin::Utility::Printf("%s: no Lua state\n", pcLine);
+    return false;
+}
+
+} // namespace Ovrel

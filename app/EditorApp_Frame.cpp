@@ -1,0 +1,260 @@
+// CEditorApp: the frame loop and the parts of a frame that CAppThreadRenderer runs.
+#include "app/EditorApp.h"
+
+#include "Utils/Utility/GUtTimer.h"
+#include "app/AppThreadRenderer.h"
+#include "app/EditorManager.h"
+#include "app/FrameTiming.h"
+#include "app/InputDevice.h"
+#include "app/NullEngine.h"
+#include "editor_common/ControlState.h"
+#include "engine/ext/Console.h"
+#include "engine/ext/Plotter2D.h"
+#include "engine/render_device/RenderDevice.h"
+#include "fx_editor/FxEditor.h"
+#include "scene_editor/SceneEditor.h"
+
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+namespace Ovrel
+{
+
+namespace
+{
+void SleepMilliseconds(int iMilliseconds)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(iMilliseconds));
+}
+
+// Colours of the profile graph by region index, modulo 17.
+constexpr uint32_t PROFILE_COLOURS[17] = {0xff0000, 0x00ff00, 0x0000ff, 0xffff00, 0xff00ff, 0x00ffff,
+                                          0xff8000, 0x80ff00, 0x0080ff, 0xff0080, 0x8000ff, 0x00ff80,
+                                          0x808080, 0xffffff, 0x804000, 0x408000, 0x004080};
+} // namespace
+
+// ---------------------------------------------------------------------------------------
+// The loop
+
+void CEditorApp::Run()
+{
+    if (m_pEditorManager)
+    {
+        m_pEditorManager->EditScene();
+    }
+    m_timing.Start(GUtGetClock().NowMilliseconds());
+    while (!m_bQuitRequested)
+    {
+        if (!RunFrame())
+        {
+            break;
+        }
+    }
+    if (m_pWindow)
+    {
+        m_pWindow->PumpMessages(-1.0); // once more, until the queue is empty
+    }
+}
+
+bool CEditorApp::RunFrame()
+{
+    const double dNow = GUtGetClock().NowMilliseconds();
+    const float fStep = m_timing.Step(dNow, m_bSmoothTimer); // 1 to 4
+    ++m_iFrame;
+    if (m_pWindow) // 5
+    {
+        m_pWindow->PumpMessages(PUMP_LIMIT_MS);
+    }
+    if (m_bQuitRequested || !m_pWindow || !m_pWindow->Exists()) // 6
+    {
+        return false;
+    }
+    const float fScaled = m_fTimeScale * fStep; // 7
+    _UpdateInput(fScaled);                      // 8
+    _UpdateWorld(fScaled);                      // 9
+    if (m_pAudioDevice)                         // 10
+    {
+        m_pAudioDevice->SetListener(0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f);
+        m_pAudioDevice->Tick(fStep);
+    }
+    m_pThreadRenderer->BuildFrame(); // 11
+    m_pRenderDevice->Lock();         // 12
+    m_pRenderWorld->Tick();
+    m_pTextureManager->Tick();
+    m_pMaterialManager->Tick();
+    m_pLodMeshManager->Tick();
+    m_pFxManager->Tick();
+    m_pRenderDevice->Unlock();
+    _RecordProfile();                 // 13
+    m_pThreadRenderer->FinishFrame(); // 14
+    _LimitFrameRate(dNow);            // 15
+    if (m_frameHook)
+    {
+        m_frameHook(*this);
+    }
+    return !m_bQuitRequested;
+}
+
+void CEditorApp::_UpdateInput(float fScaled)
+{
+    m_pInputDevice->Update(fScaled);
+    const bool bConsoleOpen = m_pConsole && m_pConsole->GetState() == Kestrin::Ext::CConsole::STATE_INPUT;
+    if (FillControlState(*m_pInputDevice, m_iClientW, m_iClientH, bConsoleOpen, *m_pControlState))
+    {
+        RequestQuit(0); // game-pad buttons 7, 4 and 5 together
+    }
+}
+
+void CEditorApp::_UpdateWorld(float fScaled)
+{
+    m_pFxEditor->Tick(fScaled);
+    m_apPhysicsWorlds[0]->Step(fScaled);
+    m_apPhysicsWorlds[0]->Fetch();
+    m_apPhysicsWorlds[1]->Step(fScaled);
+    m_pEnvironmentAnimator->Update(fScaled);
+    m_apScenes[0]->Update(fScaled);
+    m_apScenes[1]->Update(fScaled);
+    m_pLensFlare->Update();
+    m_pFxPlayer->Update(fScaled);
+    _RunStartupLines();
+    m_pConsole->Tick(fScaled);
+}
+
+void CEditorApp::_RunStartupLines()
+{
+    const auto range = m_startupLines.equal_range(m_iFrame);
+    for (auto it = range.first; it != range.second; ++it)
+    {
+        m_pConsole->Print(Kestrin::Ext::CConsole::WHITE, (it->second + "\n").c_str());
+        ExecuteConsoleLine(it->second.c_str());
+    }
+}
+
+void CEditorApp::_LimitFrameRate(double dFrameStartMs)
+{
+    const bool bMinimised = m_pWindow->IsMinimised();
+    const bool bInFront = m_pWindow->IsActive() && m_pWindow->IsForeground();
+    const int iSleep = FrameSleepMilliseconds(m_fFpsLimit, bMinimised, m_bAppActive, bInFront, dFrameStartMs,
+                                              GUtGetClock().NowMilliseconds());
+    (m_pfnSleep ? m_pfnSleep : &SleepMilliseconds)(iSleep);
+}
+
+void CEditorApp::_RecordProfile()
+{
+    // The frame profiler's regions arrive with the diagnostics; the frame itself is one.
+    CProfileHistory::Frame frame;
+    frame.push_back({0, static_cast<float>(GUtGetClock().NowMilliseconds() - m_timing.dLastTimeMs)});
+    m_profileHistory.Push(std::move(frame));
+}
+
+// ---------------------------------------------------------------------------------------
+// The parts of a frame (CAppThreadRenderer)
+
+void CEditorApp::BuildRenderBuffer()
+{
+    m_pRenderDevice->SetTime(m_timing.fGameTime);
+    if (!m_pRenderer)
+    {
+        return;
+    }
+    m_pRenderer->SetTime(m_timing.fGameTime);
+    m_pShaderCompiler->SetPreviewFlag(!m_pSceneEditor || !m_pSceneEditor->HasWindow());
+    m_pRenderer->GatherView(m_iClientW, m_iClientH, m_fLodFactor, m_auVisibleGroups[0], m_auVisibleGroups[1]);
+}
+
+void CEditorApp::SwapRenderBuffer()
+{
+    if (m_pRenderer)
+    {
+        m_pRenderer->SwapRenderBuffers();
+    }
+}
+
+void CEditorApp::DrawRenderBuffer()
+{
+    if (!m_pRenderer->DrawsToOwnTargets())
+    {
+        m_pRenderDevice->Clear(Kestrin::RenderDevice::CLEAR_TARGET | Kestrin::RenderDevice::CLEAR_DEPTH |
+                                   Kestrin::RenderDevice::CLEAR_STENCIL,
+                               0, 0.0f, 0);
+    }
+    m_pRenderer->DrawRenderBuffer();
+    if (m_pPlotter3D && m_pBufferedPlotter3D)
+    {
+        m_pBufferedPlotter3D->Flush();
+        m_pPlotter3D->Flush();
+    }
+}
+
+void CEditorApp::DrawOverlay()
+{
+    if (m_uOverlayFlags != 0)
+    {
+        m_pPlotter2D->SetFont(m_pFont);
+        m_pPlotter2D->SetFontHeight(15.0f);
+        m_pPlotter2D->SetColour(0xffffff);
+        if (m_uOverlayFlags & OVERLAY_FPS)
+        {
+            char acText[64];
+            snprintf(acText, sizeof(acText), "Fps %.1f", m_timing.fMeasuredFps);
+            m_pPlotter2D->DrawText(100.0f, 70.0f, acText);
+        }
+        if (m_uOverlayFlags & OVERLAY_PROFILE)
+        {
+            _DrawProfileGraph();
+        }
+    }
+    m_pConsole->Draw(*m_pPlotter2D);
+    m_pPlotter3D->Flush();
+    m_pPlotter2D->Flush();
+}
+
+void CEditorApp::_DrawProfileGraph()
+{
+    const float fBase = static_cast<float>(m_iClientH - 50);
+    float fX = 50.0f;
+    for (const CProfileHistory::Frame& frame : m_profileHistory.GetFrames())
+    {
+        float fY = fBase;
+        for (const CProfileHistory::SSample& sample : frame)
+        {
+            if (sample.fMilliseconds < 0.1f)
+            {
+                continue;
+            }
+            const float fHeight = sample.fMilliseconds * 10.0f;
+            m_pPlotter2D->DrawLine(fX, fY, fX, fY - fHeight, PROFILE_COLOURS[sample.iRegion % 17]);
+            fY -= fHeight;
+        }
+        fX += 1.0f;
+    }
+}
+
+void CEditorApp::SwapDeviceBuffers()
+{
+    m_pRenderDevice->Present();
+}
+
+void CEditorApp::OnDeviceReset()
+{
+    int32_t iW = 0, iH = 0;
+    m_pRenderDevice->GetBackBufferSize(iW, iH);
+    Resize(iW, iH);
+}
+
+void CEditorApp::DrawPreviews()
+{
+    // The Material Editor's sphere and the Texture Window draw into their swap chains once
+    // those windows exist; none is open yet.
+}
+
+void CEditorApp::PostBuild()
+{
+    if (m_apPhysicsWorlds[1])
+    {
+        m_apPhysicsWorlds[1]->Fetch();
+    }
+}
+
+} // namespace Ovrel
