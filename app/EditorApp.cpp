@@ -6,6 +6,7 @@
 #include "app/AppServices.h"
 #include "app/AppThreadRenderer.h"
 #include "app/NullEngine.h"
+#include "editor_common/EditorCamera.h"
 #include "engine/ext/Console.h"
 #include "engine/ext/Plotter2D.h"
 #include "engine/render_device/RenderDevice.h"
@@ -82,6 +83,10 @@ void CEditorApp::Resize(int32_t iWidth, int32_t iHeight)
     m_pRenderDevice->Lock();
     m_iClientW = iWidth;
     m_iClientH = iHeight;
+    if (m_pEditorCamera)
+    {
+        m_pEditorCamera->SetViewport(iWidth, iHeight);
+    }
     if (m_pPlotter2D)
     {
         m_pPlotter2D->SetViewport(0, 0, iWidth, iHeight);

@@ -111,6 +111,8 @@ public:
     bool Initialize(int iArgc, char** ppArgv);
     // The frame loop; returns when it ends.
     void Run();
+    // Before the first frame: opens the Scene Editor on the main scene, starts the clock.
+    void StartLoop();
     // One frame of the loop; false when the loop ends. Run calls it until then.
     bool RunFrame();
     // Destroys everything in the shut-down order; each step is skipped when its object is null.
@@ -208,10 +210,8 @@ private:
     void _CreateScripting();
     void _LoadGameTables();
     void _CreateLoader();
-    void _CreateCamera();
     // Destroy what the helpers above made; true when there was something.
     void _DestroyScript();
-    bool _DestroyCamera();
     bool _DestroyLoader();
     bool _Fail();
 

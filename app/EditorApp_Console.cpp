@@ -24,14 +24,7 @@ bool CEditorApp::_ReadAudioScript(CNullAudioDevice& device)
 
 void CEditorApp::_CreateLoader() {}
 
-void CEditorApp::_CreateCamera() {}
-
 void CEditorApp::_DestroyScript() {}
-
-bool CEditorApp::_DestroyCamera()
-{
-    return false;
-}
 
 bool CEditorApp::_DestroyLoader()
 {

@@ -8,6 +8,7 @@
 #include "app/InputDevice.h"
 #include "app/NullEngine.h"
 #include "editor_common/ControlState.h"
+#include "editor_common/EditorCamera.h"
 #include "engine/ext/Console.h"
 #include "engine/ext/Plotter2D.h"
 #include "engine/render_device/RenderDevice.h"
@@ -37,13 +38,18 @@ constexpr uint32_t PROFILE_COLOURS[17] = {0xff0000, 0x00ff00, 0x0000ff, 0xffff00
 // ---------------------------------------------------------------------------------------
 // The loop
 
-void CEditorApp::Run()
+void CEditorApp::StartLoop()
 {
     if (m_pEditorManager)
     {
         m_pEditorManager->EditScene();
     }
     m_timing.Start(GUtGetClock().NowMilliseconds());
+}
+
+void CEditorApp::Run()
+{
+    StartLoop();
     while (!m_bQuitRequested)
     {
         if (!RunFrame())
@@ -75,7 +81,10 @@ bool CEditorApp::RunFrame()
     _UpdateWorld(fScaled);                      // 9
     if (m_pAudioDevice)                         // 10
     {
-        m_pAudioDevice->SetListener(0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f);
+        const Kestrin::Utility::CVec3 vPosition = m_pEditorCamera->GetPosition();
+        const Kestrin::Utility::CVec3 vForward = m_pEditorCamera->GetMatrix().Row(2);
+        m_pAudioDevice->SetListener(vPosition.x, vPosition.y, vPosition.z, vForward.x, vForward.y,
+                                    vForward.z);
         m_pAudioDevice->Tick(fStep);
     }
     m_pThreadRenderer->BuildFrame(); // 11
@@ -115,6 +124,7 @@ void CEditorApp::_UpdateWorld(float fScaled)
     m_pEnvironmentAnimator->Update(fScaled);
     m_apScenes[0]->Update(fScaled);
     m_apScenes[1]->Update(fScaled);
+    m_pEditorCamera->Update(fScaled, *m_pControlState);
     m_pLensFlare->Update();
     m_pFxPlayer->Update(fScaled);
     _RunStartupLines();

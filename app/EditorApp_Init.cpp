@@ -11,6 +11,7 @@
 #include "app/Revision.h"
 #include "character_editor/CharacterEditor.h"
 #include "editor_common/ControlState.h"
+#include "editor_common/EditorCamera.h"
 #include "editor_common/EditorConfig.h"
 #include "engine/ext/Console.h"
 #include "engine/ext/Plotter2D.h"
@@ -350,7 +351,8 @@ void CEditorApp::_CreateWorld()
     }
 
     _Trace("36 CEditorCamera control state lens flare");
-    _CreateCamera();
+    m_pEditorCamera = new CEditorCamera();
+    m_pEditorCamera->SetViewport(m_iClientW, m_iClientH);
     m_pControlState = new CControlState();
     m_pLensFlare = new CNullLensFlare(m_strSceneFxPath.ToStd());
 }

@@ -10,6 +10,7 @@
 #include "app/NullEngine.h"
 #include "character_editor/CharacterEditor.h"
 #include "editor_common/ControlState.h"
+#include "editor_common/EditorCamera.h"
 #include "editor_common/EditorConfig.h"
 #include "engine/ext/Console.h"
 #include "engine/ext/Plotter2D.h"
@@ -159,7 +160,7 @@ void CEditorApp::_SaveAndDestroyEditors()
 
 void CEditorApp::_DestroyWorld()
 {
-    if (_DestroyCamera())
+    if (Destroy(m_pEditorCamera))
     {
         _Trace("shutdown 5 CEditorCamera");
     }
