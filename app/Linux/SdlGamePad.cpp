@@ -130,6 +130,8 @@ bool CSdlGamePadService::Start()
 {
     if (!m_bStarted)
     {
+        // SDL would catch SIGINT and SIGTERM for its own quit event; the process keeps them.
+        SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
         m_bStarted = SDL_InitSubSystem(SDL_INIT_GAMECONTROLLER) == 0;
     }
     return m_bStarted;
