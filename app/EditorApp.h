@@ -180,6 +180,7 @@ public:
     // Lines given to the process to run after start-up: "@<frame> <line>" entries, each run
     // in the world update of that frame (see EDITOR_CONSOLE_LINES in the README).
     void SetStartupLines(const char* pcSpec);
+    const std::multimap<int32_t, std::string>& GetStartupLines() const { return m_startupLines; }
 
     // -- Window messages: the callback of the device's window.
     int64_t OnWindowMessage(uint32_t uMessage, uint64_t wParam, int64_t lParam, bool& bHandled);
