@@ -3,7 +3,10 @@
 
 A .ratios file has one comparison per line:
   ratio <name> <ours benchmark> <baseline benchmark> <aim>   ours/baseline of median real time
-  value <name> <benchmark> <ns|us|ms> <aim>                  median real time per iteration
+  value <name> <benchmark> <ns|us|ms> <aim> [<per>]          median real time per iteration,
+                                                             divided by <per> when given (a
+                                                             benchmark that makes <per> calls
+                                                             per iteration)
 Benchmark names are the full names Google Benchmark prints (without aggregate suffixes)."""
 import json, pathlib, re, subprocess, sys
 
@@ -42,7 +45,8 @@ for ratios in sorted(here.glob("*.ratios")):
             if r[0] == "ratio":
                 print(f"RATIO {r[1]} {medians[r[2]] / medians[r[3]]:.3f} aim {r[4]}")
             else:
-                print(f"VALUE {r[1]} {medians[r[2]] / scale[r[3]]:.3f} {r[3]} aim {r[4]}")
+                per = float(r[5]) if len(r) > 5 else 1.0
+                print(f"VALUE {r[1]} {medians[r[2]] / scale[r[3]] / per:.3f} {r[3]} aim {r[4]}")
         except KeyError as e:
             print(f"# {ratios.name}: no result for {e}", file=sys.stderr)
             failed = True

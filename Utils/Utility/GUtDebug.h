@@ -1,5 +1,6 @@
 // The utility library's diagnostics: GUtOut (the console stream), GUtLog (the levelled
-// log with its files, channels and hooks) and the assertion that stays on in every build.
+// log with its files, channels and hooks), message boxes, the debug output and the
+// assertion that stays on in every build.
 //
 // Levels: 0 critical, 1 error, 2 warning, 3 notice, 4 normal, 5 debug. A smaller level is
 // more severe; a message goes out where its level is at or below a limit.
@@ -9,32 +10,53 @@
 #include "Utils/Utility/GUtString.h"
 #include "Utils/Utility/GUtTimer.h"
 
+#include <atomic>
+#include <cstdarg>
 #include <cstdint>
 #include <functional>
 #include <memory>
 
 class GUtFile;
 
-[[noreturn]] void GUtAssertFail(const char* pcExpression, const char* pcFile, int iLine);
-
 // ---------------------------------------------------------------------------------------
 // Message boxes. The application installs a handler that shows a modal box owned by the
 // active window; until then (and in a build with no display) a box is a line on standard
 // error. The caption may be empty.
+//
+// Before every box the active-window poster, when one is installed, gets the message
+// GUT_WM_ACTIVATEAPP with both arguments 0, so that the frame loop's limit for inactive
+// windows does not keep the box behind.
 using GUtMessageBoxHandler = void (*)(const char* pcCaption, const char* pcText);
-void GUtSetMessageBoxHandler(GUtMessageBoxHandler pHandler); // null restores the default
+using GUtWindowMessagePoster = void (*)(uint32_t uMessage, uint64_t uWParam, int64_t iLParam);
+constexpr uint32_t GUT_WM_ACTIVATEAPP = 28;
+
+void GUtSetMessageBoxHandler(GUtMessageBoxHandler pHandler);   // null restores the default
+void GUtSetActiveWindowPoster(GUtWindowMessagePoster pPoster); // null: none
 void GUtShowMessageBox(const char* pcCaption, const char* pcText);
 
 // ---------------------------------------------------------------------------------------
+// The debug output (a debugger's output window elsewhere): standard error here. The
+// printer log's DbgViewPrinter and COutputDebugerPC write to it.
+using GUtDebugOutputFunction = void (*)(const char* pcText);
+void GUtSetDebugOutputFunction(GUtDebugOutputFunction pFunction); // null restores stderr
+void GUtOutputDebugString(const char* pcText);
+
+// ---------------------------------------------------------------------------------------
+// GUtOut: the console stream. DisplayMsg and the operators share one 256-byte buffer under
+// a lock of their own.
 class GUtOut
 {
 public:
     static constexpr int BUFFER_LENGTH = 256;
     using SinkHook = std::function<void(const char* pcText)>;
     using PrintFunction = void (*)(const char* pcText);
+    // Console attributes: bit 4 red, 2 green, 1 blue; 7 is white, the normal colour.
+    using AttributeFunction = void (*)(int iAttribute);
 
     GUtOut();
     virtual ~GUtOut() = default;
+    GUtOut(const GUtOut&) = delete;
+    GUtOut& operator=(const GUtOut&) = delete;
 
     // Formats into the 256-byte buffer; shows a box when bMessageBox; gives "title:text" to
     // the sink hook; prints "title text\n" and flushes. A null title or format is reported.
@@ -43,12 +65,17 @@ public:
     GUtOut& operator<<(int iValue);         // "%i"
     GUtOut& operator<<(const char* pcText); // null prints "(NULL)"
 
-    void SetSinkHook(SinkHook hook) { m_sinkHook = std::move(hook); }
+    void SetSinkHook(SinkHook hook);
     // The process-wide print function; starts as "print %s to standard output".
-    static void SetPrintFunction(PrintFunction pFunction);
+    static void SetPrintFunction(PrintFunction pFunction); // null restores the default
     static void Print(const char* pcText);
+    // The process-wide console colour. The default sends ANSI colours, and only while
+    // standard output is a terminal and the default print function is in use.
+    static void SetAttributeFunction(AttributeFunction pFunction); // null restores the default
+    static void SetConsoleAttribute(int iAttribute);
 
 private:
+    GUtCriticalSection m_lock;
     char m_acBuffer[BUFFER_LENGTH];
     SinkHook m_sinkHook;
 };
@@ -73,12 +100,22 @@ extern GUtLogChannel LogNotice;   // level 3
 extern GUtLogChannel LogNormal;   // level 4
 extern GUtLogChannel LogDebug;    // level 5, limits 5 and 5
 
+// ---------------------------------------------------------------------------------------
+// GUtLog: the levelled log. A message goes, in this order, to the pre-hook, a message box
+// (channel's choice), the console and the main file "<base>.log" (rolled over to
+// "<base>_NNN.log" past maxFileSize), the output hook, and for levels 0 to 2 a level file
+// "<base>Sd<n>.log", "<base>Er<n>.log" or "<base>Wr<n>.log". Files open on their first
+// line, truncated.
+//
+// Threads: one lock guards the text buffer, the files and the settings and is held over a
+// whole message, so hooks run under it and must not call into the log from another thread
+// while they wait. The level test runs before the lock.
 class GUtLog
 {
 public:
     static constexpr int TEXT_LENGTH = 32768;
 
-    // (level, scope, line or title, extra or text)
+    // (level, scope, line or title, null or text)
     using OutputHook = std::function<void(int iLevel, int iScope, const char* pcLine, const char* pcExtra)>;
     // (level, scope, format out): true when it supplied a format with "%1" (title) and "%2" (text)
     using FormatHook = std::function<bool(int iLevel, int iScope, GUtString& format)>;
@@ -100,6 +137,7 @@ public:
     // At the given level; the console text is coloured by level.
     void DisplayMsg(bool bMessageBox, int iLevel, const char* pcTitle, const char* pcFormat, ...)
         __attribute__((format(printf, 5, 6)));
+    void DisplayMsgV(bool bMessageBox, int iLevel, const char* pcTitle, const char* pcFormat, va_list args);
     // Through a channel: its limits hold for the length of the call.
     void DisplayMsg(const GUtLogChannel& channel, const char* pcTitle, const char* pcFormat, ...)
         __attribute__((format(printf, 4, 5)));
@@ -107,21 +145,27 @@ public:
     // Thresholds: the highest level written to console and files, and given to the hook.
     void SetFileThreshold(int iLevel);
     void SetHookThreshold(int iLevel);
-    int GetFileThreshold() const { return m_iFileThreshold; }
-    int GetHookThreshold() const { return m_iHookThreshold; }
-    void SetDefaultLevel(int iLevel) { m_iDefaultLevel = iLevel; }
+    int GetFileThreshold() const { return m_iFileThreshold.load(std::memory_order_relaxed); }
+    int GetHookThreshold() const { return m_iHookThreshold.load(std::memory_order_relaxed); }
+    void SetDefaultLevel(int iLevel);
+    int GetDefaultLevel() const { return m_iDefaultLevel.load(std::memory_order_relaxed); }
+    void SetSpareLevel(int iLevel);
+    int GetSpareLevel() const;
 
-    void SetMaxFileSize(int iBytes) { m_iMaxFileSize = iBytes; }
-    void SetMaxIndex(int iIndex) { m_iMaxIndex = iIndex; }
+    // Bytes; a file grown past this is rolled over. 0 or less: never.
+    void SetMaxFileSize(int iBytes);
+    // Roll-over numbers run from 0 to this, then start again at 0.
+    void SetMaxIndex(int iIndex);
+    // Closes the files; the next line opens "<base>.log" afresh.
     void SetBaseName(const char* pcBaseName);
-    const GUtString& GetBaseName() const { return m_strBaseName; }
+    GUtString GetBaseName();
 
-    void EnableConsole(bool b) { m_bConsoleEnabled = b; }
-    void EnableMainFile(bool b) { m_bMainFileEnabled = b; }
-    void EnableWarningFile(bool b) { m_bWarningFileEnabled = b; }
-    void EnableErrorFile(bool b) { m_bErrorFileEnabled = b; }
-    void EnableCriticalFile(bool b) { m_bCriticalFileEnabled = b; }
-    void EnableMessageBox(bool b) { m_bMessageBoxEnabled = b; }
+    void EnableConsole(bool b);
+    void EnableMainFile(bool b);
+    void EnableWarningFile(bool b);
+    void EnableErrorFile(bool b);
+    void EnableCriticalFile(bool b);
+    void EnableMessageBox(bool b);
 
     void SetOutputHook(OutputHook hook);
     void SetFormatHook(FormatHook hook);
@@ -137,11 +181,14 @@ public:
 private:
     friend class GUtLogThresholdScope;
 
-    struct Emit;
-    void _Emit(const GUtLogChannel& channel, bool bMessageBox, const char* pcTitle);
+    void _Emit(const GUtLogChannel& channel, const char* pcTitle);
+    void _BuildLine(const char* pcFormat, const char* pcTitle, bool bNewline);
     void _WriteConsoleAndMainFile(int iLevel, const char* pcLine);
+    bool _OpenMainFile();
     void _WriteLevelFile(int iLevel, const char* pcLine);
+    bool _OpenLogFile(GUtFile*& pFile, const char* pcPath);
     void _RefreshStamp();
+    void _ReportNullArgument();
 
     OutputHook m_outputHook;
     FormatHook m_formatHook;
@@ -161,9 +208,10 @@ private:
     int32_t m_iWarningIndex = 0;
     int32_t m_iCriticalIndex = 0;
     int32_t m_iMaxIndex = 99;
-    int32_t m_iFileThreshold = 4;
-    int32_t m_iHookThreshold = 3;
-    int32_t m_iDefaultLevel = 4;
+    // Read before the lock, hence atomic.
+    std::atomic<int32_t> m_iFileThreshold{4};
+    std::atomic<int32_t> m_iHookThreshold{3};
+    std::atomic<int32_t> m_iDefaultLevel{4};
     int32_t m_iSpareLevel = 4;
     char m_acText[TEXT_LENGTH];
     PreHook m_preHook;
@@ -172,21 +220,27 @@ private:
     bool m_bWarningFileEnabled = true;
     bool m_bErrorFileEnabled = true;
     bool m_bCriticalFileEnabled = true;
-    GUtTimer m_stampTimer;
+    GUtTimer m_stampTimer{GUtTimer::UNIT_SECONDS};
     int32_t m_iLinesSinceStamp = 25;
     GUtString m_strStamp;
     bool m_bMessageBoxEnabled = true;
+    // The line being written: title and text, or the format hook's result. Fixed, so that
+    // a message allocates nothing.
+    char m_acLine[TEXT_LENGTH + 1024];
 };
 
-// Overrides the log's thresholds for a scope: negative arguments keep the current value.
+// Overrides a log's thresholds for a scope: negative arguments keep the current value.
 // Not per thread.
 class GUtLogThresholdScope
 {
 public:
-    GUtLogThresholdScope(int iFileLevel, int iHookLevel);
+    GUtLogThresholdScope(int iFileLevel, int iHookLevel, GUtLog& log = GUtLog::Get());
     virtual ~GUtLogThresholdScope();
+    GUtLogThresholdScope(const GUtLogThresholdScope&) = delete;
+    GUtLogThresholdScope& operator=(const GUtLogThresholdScope&) = delete;
 
 private:
+    GUtLog& m_log;
     int m_iOldFileLevel;
     int m_iOldHookLevel;
 };
@@ -194,8 +248,9 @@ private:
 // ---------------------------------------------------------------------------------------
 // Assertions stay on in every build. A failure logs
 //   Assertion failed, exp: "<expression>" in <file> at line <line>
-// to LogCritical and ends the process through the crash path (SIGABRT, which the
-// application's crash handler turns into a dump).
+// to LogCritical (thresholds held at 5 and 5, so it is shown whatever a scope lowered),
+// counts it, and ends the process through the crash path: abort(), whose SIGABRT the
+// application's crash handler turns into a dump.
 [[noreturn]] void GUtAssertFail(const char* pcExpression, const char* pcFile, int iLine);
 
 #define GUT_ASSERT(expr) ((expr) ? static_cast<void>(0) : GUtAssertFail(#expr, __FILE__, __LINE__))

@@ -4,49 +4,129 @@
 #include <cstdlib>
 #include <cstring>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 namespace Kestrin::Utility
 {
 
 namespace
 {
-inline void Swap2(uint8_t* p)
-{
-    std::swap(p[0], p[1]);
-}
-
-inline void Swap4(uint8_t* p)
-{
-    uint32_t v;
-    memcpy(&v, p, 4);
-    v = __builtin_bswap32(v);
-    memcpy(p, &v, 4);
-}
-
-void SwapElements(uint8_t* p, int32_t iElements, int iWidth)
-{
-    if (iWidth == 4)
-    {
-        for (int32_t i = 0; i < iElements; ++i)
-        {
-            Swap4(p + i * 4);
-        }
-    }
-    else if (iWidth == 2)
-    {
-        for (int32_t i = 0; i < iElements; ++i)
-        {
-            Swap2(p + i * 2);
-        }
-    }
-}
-
+// Elements up to this many bytes are read through a temporary, so that a short read leaves
+// the target as it was.
 constexpr int SMALL_LIMIT = 64;
+
 } // namespace
 
 // ---------------------------------------------------------------------------------------
-// Typed operations
+// Byte order of long arrays
 
-bool CIOStream::ReadRaw(void* p, int32_t iSize)
+namespace
+{
+using CopySwapFunction = void (*)(uint8_t* pDst, const uint8_t* pSrc, size_t iBytes, int iWidth);
+
+// Reverses the elements of the tail that no vector block covered.
+void CopySwapScalar(uint8_t* pDst, const uint8_t* pSrc, size_t iBytes, int iWidth)
+{
+    for (size_t i = 0; i < iBytes; i += static_cast<size_t>(iWidth))
+    {
+        if (iWidth == 4)
+        {
+            uint32_t u;
+            memcpy(&u, pSrc + i, 4);
+            u = __builtin_bswap32(u);
+            memcpy(pDst + i, &u, 4);
+        }
+        else
+        {
+            uint16_t u;
+            memcpy(&u, pSrc + i, 2);
+            u = __builtin_bswap16(u);
+            memcpy(pDst + i, &u, 2);
+        }
+    }
+}
+
+#if defined(__x86_64__)
+__attribute__((target("avx2"))) void CopySwapAvx2(uint8_t* pDst, const uint8_t* pSrc, size_t iBytes,
+                                                  int iWidth)
+{
+    const __m256i mask = iWidth == 4 ? _mm256_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12,
+                                                        3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12)
+                                     : _mm256_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14,
+                                                        1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14);
+    size_t i = 0;
+    for (; i + 64 <= iBytes; i += 64)
+    {
+        __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pSrc + i));
+        __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pSrc + i + 32));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(pDst + i), _mm256_shuffle_epi8(a, mask));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(pDst + i + 32), _mm256_shuffle_epi8(b, mask));
+    }
+    CopySwapScalar(pDst + i, pSrc + i, iBytes - i, iWidth);
+}
+#endif
+
+#if defined(__SSE2__)
+void CopySwapSse2(uint8_t* pDst, const uint8_t* pSrc, size_t iBytes, int iWidth)
+{
+    size_t i = 0;
+    for (; i + 16 <= iBytes; i += 16)
+    {
+        // Bytes swapped within each 16-bit half, then (for 4-byte elements) the halves.
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSrc + i));
+        v = _mm_or_si128(_mm_slli_epi16(v, 8), _mm_srli_epi16(v, 8));
+        if (iWidth == 4)
+        {
+            v = _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, 0xB1), 0xB1);
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst + i), v);
+    }
+    CopySwapScalar(pDst + i, pSrc + i, iBytes - i, iWidth);
+}
+#endif
+
+CopySwapFunction ChooseCopySwap()
+{
+#if defined(__x86_64__)
+    if (__builtin_cpu_supports("avx2"))
+    {
+        return &CopySwapAvx2;
+    }
+#endif
+#if defined(__SSE2__)
+    return &CopySwapSse2;
+#else
+    return &CopySwapScalar;
+#endif
+}
+
+const CopySwapFunction g_pCopySwap = ChooseCopySwap();
+} // namespace
+
+void CIOStream::CopySwap32(void* pDst, const void* pSrc, int32_t iElements)
+{
+    if (iElements > 0)
+    {
+        g_pCopySwap(static_cast<uint8_t*>(pDst), static_cast<const uint8_t*>(pSrc),
+                    static_cast<size_t>(iElements) * 4, 4);
+    }
+}
+
+void CIOStream::CopySwap16(void* pDst, const void* pSrc, int32_t iElements)
+{
+    if (iElements > 0)
+    {
+        g_pCopySwap(static_cast<uint8_t*>(pDst), static_cast<const uint8_t*>(pSrc),
+                    static_cast<size_t>(iElements) * 2, 2);
+    }
+}
+
+// ---------------------------------------------------------------------------------------
+// The paths through Read and Write
+
+bool CIOStream::ReadBytesSlow(void* p, int32_t iSize)
 {
     if (iSize <= 0)
     {
@@ -65,7 +145,7 @@ bool CIOStream::ReadRaw(void* p, int32_t iSize)
     return Read(p, iSize) == iSize;
 }
 
-bool CIOStream::WriteRaw(const void* p, int32_t iSize)
+bool CIOStream::WriteBytesSlow(const void* p, int32_t iSize)
 {
     if (iSize <= 0)
     {
@@ -74,7 +154,7 @@ bool CIOStream::WriteRaw(const void* p, int32_t iSize)
     return Write(p, iSize) == iSize;
 }
 
-bool CIOStream::ReadArray(void* p, int32_t iElements, int iWidth)
+bool CIOStream::ReadArraySlow(void* p, int32_t iElements, int iWidth)
 {
     if (iElements <= 0)
     {
@@ -86,32 +166,32 @@ bool CIOStream::ReadArray(void* p, int32_t iElements, int iWidth)
         return false;
     }
     int32_t iSize = static_cast<int32_t>(iBytes);
-    if (iSize <= SMALL_LIMIT)
-    {
-        uint8_t acTemp[SMALL_LIMIT];
-        if (Read(acTemp, iSize) != iSize)
-        {
-            return false;
-        }
-        if (m_bSwapBytes)
-        {
-            SwapElements(acTemp, iElements, iWidth);
-        }
-        memcpy(p, acTemp, static_cast<size_t>(iSize));
-        return true;
-    }
-    if (Read(p, iSize) != iSize)
+    uint8_t acTemp[SMALL_LIMIT];
+    // Small reads land in the temporary first; long ones straight in place.
+    uint8_t* pRaw = iSize <= SMALL_LIMIT ? acTemp : static_cast<uint8_t*>(p);
+    if (Read(pRaw, iSize) != iSize)
     {
         return false;
     }
     if (m_bSwapBytes)
     {
-        SwapElements(static_cast<uint8_t*>(p), iElements, iWidth);
+        if (iWidth == 4)
+        {
+            CopySwap32(p, pRaw, iElements);
+        }
+        else
+        {
+            CopySwap16(p, pRaw, iElements);
+        }
+    }
+    else if (pRaw != p)
+    {
+        memcpy(p, pRaw, static_cast<size_t>(iSize));
     }
     return true;
 }
 
-bool CIOStream::WriteArray(const void* p, int32_t iElements, int iWidth)
+bool CIOStream::WriteArraySlow(const void* p, int32_t iElements, int iWidth)
 {
     if (iElements <= 0)
     {
@@ -134,8 +214,14 @@ bool CIOStream::WriteArray(const void* p, int32_t iElements, int iWidth)
     while (iDone < iSize)
     {
         int32_t iChunk = std::min<int32_t>(iSize - iDone, sizeof(acBlock));
-        memcpy(acBlock, pSrc + iDone, static_cast<size_t>(iChunk));
-        SwapElements(acBlock, iChunk / iWidth, iWidth);
+        if (iWidth == 4)
+        {
+            CopySwap32(acBlock, pSrc + iDone, iChunk / 4);
+        }
+        else
+        {
+            CopySwap16(acBlock, pSrc + iDone, iChunk / 2);
+        }
         if (Write(acBlock, iChunk) != iChunk)
         {
             return false;
@@ -145,57 +231,17 @@ bool CIOStream::WriteArray(const void* p, int32_t iElements, int iWidth)
     return true;
 }
 
+// ---------------------------------------------------------------------------------------
+// Typed operations
+
 bool CIOStream::ReadBool(bool& v)
 {
     uint8_t b;
-    if (!ReadRaw(&b, 1))
+    if (!ReadBytes(&b, 1))
     {
         return false;
     }
     v = b != 0;
-    return true;
-}
-
-bool CIOStream::ReadU16(uint16_t& v)
-{
-    return ReadArray(&v, 1, 2);
-}
-
-bool CIOStream::ReadI16(int16_t& v)
-{
-    return ReadArray(&v, 1, 2);
-}
-
-bool CIOStream::ReadU32(uint32_t& v)
-{
-    uint32_t t;
-    if (Read(&t, 4) != 4)
-    {
-        return false;
-    }
-    v = m_bSwapBytes ? __builtin_bswap32(t) : t;
-    return true;
-}
-
-bool CIOStream::ReadI32(int32_t& v)
-{
-    uint32_t t;
-    if (!ReadU32(t))
-    {
-        return false;
-    }
-    v = static_cast<int32_t>(t);
-    return true;
-}
-
-bool CIOStream::ReadFloat(float& v)
-{
-    uint32_t t;
-    if (!ReadU32(t))
-    {
-        return false;
-    }
-    memcpy(&v, &t, 4);
     return true;
 }
 
@@ -232,35 +278,7 @@ bool CIOStream::ReadString(std::string& v)
 bool CIOStream::WriteBool(bool v)
 {
     uint8_t b = v ? 1 : 0;
-    return WriteRaw(&b, 1);
-}
-
-bool CIOStream::WriteU16(uint16_t v)
-{
-    return WriteArray(&v, 1, 2);
-}
-
-bool CIOStream::WriteI16(int16_t v)
-{
-    return WriteArray(&v, 1, 2);
-}
-
-bool CIOStream::WriteU32(uint32_t v)
-{
-    uint32_t t = m_bSwapBytes ? __builtin_bswap32(v) : v;
-    return Write(&t, 4) == 4;
-}
-
-bool CIOStream::WriteI32(int32_t v)
-{
-    return WriteU32(static_cast<uint32_t>(v));
-}
-
-bool CIOStream::WriteFloat(float v)
-{
-    uint32_t t;
-    memcpy(&t, &v, 4);
-    return WriteU32(t);
+    return WriteBytes(&b, 1);
 }
 
 bool CIOStream::WriteString(const std::string& v)
@@ -269,7 +287,7 @@ bool CIOStream::WriteString(const std::string& v)
     {
         return false;
     }
-    return v.empty() || WriteRaw(v.data(), static_cast<int32_t>(v.size()));
+    return v.empty() || WriteBytes(v.data(), static_cast<int32_t>(v.size()));
 }
 
 bool CIOStream::WriteString(const char* pcText)
@@ -279,17 +297,16 @@ bool CIOStream::WriteString(const char* pcText)
     {
         return false;
     }
-    return uCount == 0 || WriteRaw(pcText, static_cast<int32_t>(uCount));
+    return uCount == 0 || WriteBytes(pcText, static_cast<int32_t>(uCount));
 }
 
 bool CIOStream::CheckMagic(uint32_t uMagic)
 {
-    uint32_t uRaw;
-    if (Read(&uRaw, 4) != 4)
+    uint32_t uValue;
+    if (!ReadU32(uValue))
     {
         return false;
     }
-    uint32_t uValue = m_bSwapBytes ? __builtin_bswap32(uRaw) : uRaw;
     if (uValue == uMagic)
     {
         return true;
@@ -354,9 +371,38 @@ int32_t CFileStream::Write(const void* pBuffer, int32_t iSize)
 // ---------------------------------------------------------------------------------------
 // CMemoryStream
 
+void CMemoryStream::SetReadWindow(const void* pBase, int32_t iSize)
+{
+    if (!pBase || iSize < 0)
+    {
+        pBase = nullptr;
+        iSize = 0;
+    }
+    m_pReadBase = static_cast<const uint8_t*>(pBase);
+    m_iReadSize = iSize;
+    m_pReadCursor = m_pReadBase;
+    m_pReadLimit = m_pReadBase ? m_pReadBase + iSize : nullptr;
+}
+
+void CMemoryStream::SetWriteWindow(void* pBase, int32_t iSize)
+{
+    if (!pBase || iSize < 0)
+    {
+        pBase = nullptr;
+        iSize = 0;
+    }
+    m_pWriteBase = static_cast<uint8_t*>(pBase);
+    m_iWriteSize = iSize;
+    m_pWriteCursor = m_pWriteBase;
+    m_pWriteLimit = m_pWriteBase ? m_pWriteBase + iSize : nullptr;
+}
+
 void CMemoryStream::SeekRead(int32_t iPosition)
 {
-    m_iReadPos = std::clamp(iPosition, 0, m_iReadSize);
+    if (m_pReadBase)
+    {
+        m_pReadCursor = m_pReadBase + std::clamp(iPosition, 0, m_iReadSize);
+    }
 }
 
 int32_t CMemoryStream::Read(void* pBuffer, int32_t iSize)
@@ -365,13 +411,13 @@ int32_t CMemoryStream::Read(void* pBuffer, int32_t iSize)
     {
         return 0;
     }
-    int32_t iCount = std::min(iSize, m_iReadSize - m_iReadPos);
+    int32_t iCount = static_cast<int32_t>(std::min<int64_t>(iSize, m_pReadLimit - m_pReadCursor));
     if (iCount <= 0)
     {
         return 0;
     }
-    memcpy(pBuffer, m_pReadBase + m_iReadPos, static_cast<size_t>(iCount));
-    m_iReadPos += iCount;
+    memcpy(pBuffer, m_pReadCursor, static_cast<size_t>(iCount));
+    m_pReadCursor += iCount;
     return iCount;
 }
 
@@ -381,13 +427,13 @@ int32_t CMemoryStream::Write(const void* pBuffer, int32_t iSize)
     {
         return 0;
     }
-    int32_t iCount = std::min(iSize, m_iWriteSize - m_iWritePos);
+    int32_t iCount = static_cast<int32_t>(std::min<int64_t>(iSize, m_pWriteLimit - m_pWriteCursor));
     if (iCount <= 0)
     {
         return 0;
     }
-    memcpy(m_pWriteBase + m_iWritePos, pBuffer, static_cast<size_t>(iCount));
-    m_iWritePos += iCount;
+    memcpy(m_pWriteCursor, pBuffer, static_cast<size_t>(iCount));
+    m_pWriteCursor += iCount;
     return iCount;
 }
 
@@ -401,7 +447,7 @@ CMemoryWriteStream::~CMemoryWriteStream()
 
 void CMemoryWriteStream::Reserve(int32_t iCapacity)
 {
-    if (iCapacity <= m_pCapacity - m_pBegin)
+    if (iCapacity <= m_pWriteLimit - m_pBegin)
     {
         return;
     }
@@ -412,8 +458,8 @@ void CMemoryWriteStream::Reserve(int32_t iCapacity)
         return;
     }
     m_pBegin = pNew;
-    m_pEnd = pNew + iSize;
-    m_pCapacity = pNew + iCapacity;
+    m_pWriteCursor = pNew + iSize;
+    m_pWriteLimit = pNew + iCapacity;
 }
 
 int32_t CMemoryWriteStream::Read(void*, int32_t)
@@ -427,10 +473,10 @@ int32_t CMemoryWriteStream::Write(const void* pBuffer, int32_t iSize)
     {
         return 0;
     }
-    if (m_pCapacity - m_pEnd < iSize)
+    if (m_pWriteLimit - m_pWriteCursor < iSize)
     {
         int64_t iNeed = static_cast<int64_t>(GetSize()) + iSize;
-        int64_t iGrow = std::max<int64_t>(iNeed, static_cast<int64_t>(m_pCapacity - m_pBegin) * 2);
+        int64_t iGrow = std::max<int64_t>(iNeed, static_cast<int64_t>(m_pWriteLimit - m_pBegin) * 2);
         iGrow = std::max<int64_t>(iGrow, 256);
         if (iGrow > INT32_MAX)
         {
@@ -441,13 +487,13 @@ int32_t CMemoryWriteStream::Write(const void* pBuffer, int32_t iSize)
             return 0;
         }
         Reserve(static_cast<int32_t>(iGrow));
-        if (m_pCapacity - m_pEnd < iSize)
+        if (m_pWriteLimit - m_pWriteCursor < iSize)
         {
             return 0;
         }
     }
-    memcpy(m_pEnd, pBuffer, static_cast<size_t>(iSize));
-    m_pEnd += iSize;
+    memcpy(m_pWriteCursor, pBuffer, static_cast<size_t>(iSize));
+    m_pWriteCursor += iSize;
     return iSize;
 }
 
