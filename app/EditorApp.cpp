@@ -156,6 +156,15 @@ int64_t CEditorApp::OnWindowMessage(uint32_t uMessage, uint64_t wParam, int64_t 
         case WM::LBUTTONDBLCLK:
             m_iMouseDownX = RD::LowWord(lParam);
             m_iMouseDownY = RD::HighWord(lParam);
+            if (m_uOverlayFlags & OVERLAY_PROFILE)
+            {
+                const int32_t iRegion = m_profileHistory.RegionAtLegend(static_cast<float>(m_iMouseDownX),
+                                                                        static_cast<float>(m_iMouseDownY));
+                if (iRegion >= 0)
+                {
+                    m_profileHistory.SetPendingRegion(iRegion, !m_profileHistory.IsHidden(iRegion));
+                }
+            }
             if (m_pWindow)
             {
                 m_pWindow->SetCapture();

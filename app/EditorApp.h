@@ -228,7 +228,6 @@ private:
     void _RunStartupLines();
     void _LimitFrameRate(double dFrameStartMs);
     void _RecordProfile();
-    void _DrawProfileGraph();
 
     // Console (EditorApp_Console.cpp).
     bool _RunLua(const char* pcLine);

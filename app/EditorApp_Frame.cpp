@@ -12,6 +12,7 @@
 #include "engine/ext/Console.h"
 #include "engine/ext/Plotter2D.h"
 #include "engine/render_device/RenderDevice.h"
+#include "engine/utility/FrameProfiler.h"
 #include "fx_editor/FxEditor.h"
 #include "scene_editor/SceneEditor.h"
 
@@ -29,10 +30,6 @@ void SleepMilliseconds(int iMilliseconds)
     std::this_thread::sleep_for(std::chrono::milliseconds(iMilliseconds));
 }
 
-// Colours of the profile graph by region index, modulo 17.
-constexpr uint32_t PROFILE_COLOURS[17] = {0xff0000, 0x00ff00, 0x0000ff, 0xffff00, 0xff00ff, 0x00ffff,
-                                          0xff8000, 0x80ff00, 0x0080ff, 0xff0080, 0x8000ff, 0x00ff80,
-                                          0x808080, 0xffffff, 0x804000, 0x408000, 0x004080};
 } // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -45,6 +42,7 @@ void CEditorApp::StartLoop()
         m_pEditorManager->EditScene();
     }
     m_timing.Start(GUtGetClock().NowMilliseconds());
+    Kestrin::Utility::CFrameProfiler::Get().ResetFrame();
 }
 
 void CEditorApp::Run()
@@ -117,16 +115,26 @@ void CEditorApp::_UpdateInput(float fScaled)
 
 void CEditorApp::_UpdateWorld(float fScaled)
 {
+    KESTRIN_PROFILE_SCOPE("Update");
     m_pFxEditor->Tick(fScaled);
     m_apPhysicsWorlds[0]->Step(fScaled);
     m_apPhysicsWorlds[0]->Fetch();
     m_apPhysicsWorlds[1]->Step(fScaled);
     m_pEnvironmentAnimator->Update(fScaled);
-    m_apScenes[0]->Update(fScaled);
-    m_apScenes[1]->Update(fScaled);
+    {
+        KESTRIN_PROFILE_SCOPE("Scene");
+        m_apScenes[0]->Update(fScaled);
+    }
+    {
+        KESTRIN_PROFILE_SCOPE("Scene");
+        m_apScenes[1]->Update(fScaled);
+    }
     m_pEditorCamera->Update(fScaled, *m_pControlState);
     m_pLensFlare->Update();
-    m_pFxPlayer->Update(fScaled);
+    {
+        KESTRIN_PROFILE_SCOPE("Fx");
+        m_pFxPlayer->Update(fScaled);
+    }
     _RunStartupLines();
     m_pConsole->Tick(fScaled);
 }
@@ -152,10 +160,7 @@ void CEditorApp::_LimitFrameRate(double dFrameStartMs)
 
 void CEditorApp::_RecordProfile()
 {
-    // The frame profiler's regions arrive with the diagnostics; the frame itself is one.
-    CProfileHistory::Frame frame;
-    frame.push_back({0, static_cast<float>(GUtGetClock().NowMilliseconds() - m_timing.dLastTimeMs)});
-    m_profileHistory.Push(std::move(frame));
+    m_profileHistory.Record(Kestrin::Utility::CFrameProfiler::Get());
 }
 
 // ---------------------------------------------------------------------------------------
@@ -163,6 +168,7 @@ void CEditorApp::_RecordProfile()
 
 void CEditorApp::BuildRenderBuffer()
 {
+    KESTRIN_PROFILE_SCOPE("BuildRenderBuffer");
     m_pRenderDevice->SetTime(m_timing.fGameTime);
     if (!m_pRenderer)
     {
@@ -175,6 +181,7 @@ void CEditorApp::BuildRenderBuffer()
 
 void CEditorApp::SwapRenderBuffer()
 {
+    KESTRIN_PROFILE_SCOPE("SwapRenderBuffer");
     if (m_pRenderer)
     {
         m_pRenderer->SwapRenderBuffers();
@@ -183,6 +190,7 @@ void CEditorApp::SwapRenderBuffer()
 
 void CEditorApp::DrawRenderBuffer()
 {
+    KESTRIN_PROFILE_SCOPE("DrawRenderBuffer");
     if (!m_pRenderer->DrawsToOwnTargets())
     {
         m_pRenderDevice->Clear(Kestrin::RenderDevice::CLEAR_TARGET | Kestrin::RenderDevice::CLEAR_DEPTH |
@@ -212,7 +220,7 @@ void CEditorApp::DrawOverlay()
         }
         if (m_uOverlayFlags & OVERLAY_PROFILE)
         {
-            _DrawProfileGraph();
+            m_profileHistory.Draw(*m_pPlotter2D, m_iClientH);
         }
     }
     m_pConsole->Draw(*m_pPlotter2D);
@@ -220,29 +228,9 @@ void CEditorApp::DrawOverlay()
     m_pPlotter2D->Flush();
 }
 
-void CEditorApp::_DrawProfileGraph()
-{
-    const float fBase = static_cast<float>(m_iClientH - 50);
-    float fX = 50.0f;
-    for (const CProfileHistory::Frame& frame : m_profileHistory.GetFrames())
-    {
-        float fY = fBase;
-        for (const CProfileHistory::SSample& sample : frame)
-        {
-            if (sample.fMilliseconds < 0.1f)
-            {
-                continue;
-            }
-            const float fHeight = sample.fMilliseconds * 10.0f;
-            m_pPlotter2D->DrawLine(fX, fY, fX, fY - fHeight, PROFILE_COLOURS[sample.iRegion % 17]);
-            fY -= fHeight;
-        }
-        fX += 1.0f;
-    }
-}
-
 void CEditorApp::SwapDeviceBuffers()
 {
+    KESTRIN_PROFILE_SCOPE("SwapDeviceBuffers");
     m_pRenderDevice->Present();
 }
 

@@ -206,3 +206,52 @@ TEST(ProfileHistory, KeepsThreeHundredFramesLongestFirstAndHidesOnTheNextStep)
     EXPECT_EQ(history.GetFrames().back().size(), 1u);
     EXPECT_FALSE(history.IsHidden(2));
 }
+
+TEST(ProfileHistory, RecordsTheProfilersRegionsAndTheLegendTogglesThem)
+{
+    GUtManualClock clock;
+    GUtSetClock(&clock);
+    Kestrin::Utility::CFrameProfiler profiler;
+    const uint16_t uUpdate = profiler.RegisterRegion("Update");
+    const uint16_t uScene = profiler.RegisterRegion("Scene");
+    profiler.ResetFrame();
+    const int32_t iUpdate = profiler.Enter(uUpdate);
+    clock.Advance(1.0);
+    const int32_t iScene = profiler.Enter(uScene);
+    clock.Advance(3.0);
+    profiler.Leave(iScene);
+    profiler.Leave(iUpdate);
+
+    CProfileHistory history;
+    history.Record(profiler);
+    ASSERT_EQ(history.GetFrames().size(), 1u);
+    const CProfileHistory::Frame& frame = history.GetFrames().back();
+    ASSERT_EQ(frame.size(), 2u);
+    EXPECT_EQ(frame[0].iRegion, uUpdate); // 4 ms, then 3
+    EXPECT_FLOAT_EQ(frame[0].fMilliseconds, 4.0f);
+    EXPECT_EQ(frame[1].iRegion, uScene);
+    EXPECT_TRUE(profiler.GetSections().empty()); // the next frame has begun
+
+    Kestrin::Plotter::CPlotter2D plotter;
+    history.Draw(plotter, 480);
+    const auto& items = plotter.Pending().items;
+    // Two bar segments (4 ms = 40 px from y 430), two legend rows, two timeline lines.
+    ASSERT_EQ(items.size(), 6u);
+    EXPECT_FLOAT_EQ(items[0].fX, 50.0f);
+    EXPECT_FLOAT_EQ(items[0].fY, 430.0f);
+    EXPECT_FLOAT_EQ(items[0].fY2, 390.0f);
+    EXPECT_EQ(items[0].uColour, CProfileHistory::RegionColour(uUpdate));
+    EXPECT_EQ(items[2].strText, "Update                4.0 57.1%   1");
+    EXPECT_FLOAT_EQ(items[4].fX, 400.0f);              // the timeline starts at x 400
+    EXPECT_FLOAT_EQ(items[4].fX2, 400.0f + 4 * 20.0f); // 20 pixels a millisecond
+    EXPECT_FLOAT_EQ(items[5].fX, 420.0f);
+    EXPECT_FLOAT_EQ(items[5].fY, items[4].fY + 2.0f); // each entry 2 pixels lower
+
+    EXPECT_EQ(history.RegionAtLegend(60.0f, 117.0f), uScene); // the second row
+    EXPECT_EQ(history.RegionAtLegend(60.0f, 150.0f), -1);
+    history.SetPendingRegion(uScene, true);
+    history.Record(profiler);
+    EXPECT_TRUE(history.IsHidden(uScene));
+    EXPECT_EQ(history.RegionAtLegend(60.0f, 102.0f), uScene); // hidden rows stay clickable
+    GUtSetClock(nullptr);
+}
