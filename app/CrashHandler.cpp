@@ -196,7 +196,9 @@ void FormatDumpName(const char* pcBaseName, const char* pcRevision, const GUtLoc
 void InstallCrashHandlers(const char* pcExecutablePath)
 {
     DumpBaseName(pcExecutablePath, g_acBaseName, sizeof(g_acBaseName));
-    snprintf(g_acRevision, sizeof(g_acRevision), "%s", CRevision::Get().c_str());
+    // Read here rather than through the process-wide text: a handler installed again (in a test
+    // process) sees the folder it runs in now.
+    snprintf(g_acRevision, sizeof(g_acRevision), "%s", CRevision::Read(CRevision::FILE_NAME).c_str());
     std::set_terminate(&OnTerminate);
     void* pFrame = nullptr;
     backtrace(&pFrame, 1); // loads the unwinder now: the handler must not
