@@ -15,6 +15,7 @@
 
 #include "Utils/Utility/GUtDebug.h"
 #include "Utils/Utility/GUtTimer.h"
+#include "app/tests/TestClock.h"
 
 #include <gtest/gtest.h>
 
@@ -79,7 +80,7 @@ protected:
 
     std::filesystem::path m_old;
     std::filesystem::path m_dir;
-    GUtManualClock m_clock;
+    CThreadSafeManualClock m_clock;
     CQuietFactory m_factory;
     CEditorApp* m_pApp = nullptr;
 };

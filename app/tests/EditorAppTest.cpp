@@ -11,6 +11,7 @@
 
 #include "Utils/Utility/GUtDebug.h"
 #include "Utils/Utility/GUtTimer.h"
+#include "app/tests/TestClock.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +28,7 @@ namespace WM = Kestrin::RenderDevice::WindowMessage;
 namespace
 {
 std::vector<std::string> g_boxes;
-GUtManualClock* g_pClock = nullptr;
+CThreadSafeManualClock* g_pClock = nullptr;
 
 void RecordBox(const char* pcCaption, const char* pcText)
 {
@@ -145,7 +146,7 @@ protected:
 
     std::filesystem::path m_old;
     std::filesystem::path m_dir;
-    GUtManualClock m_clock;
+    CThreadSafeManualClock m_clock;
     CTestFactory m_factory;
     CRecordingTrace m_trace;
 };
