@@ -167,7 +167,7 @@ void CConsole::OnChar(uint32_t uCode)
             Paste(GetClipboard()->GetText().c_str());
             break;
         default:
-            if (uCode < 128) // the input line holds ASCII
+            if (uCode >= 32 && uCode < 128) // the input line holds printable ASCII
             {
                 const char c = static_cast<char>(uCode);
                 _Insert(&c, 1);

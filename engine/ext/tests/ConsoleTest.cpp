@@ -113,7 +113,11 @@ TEST(Console, EditingKeysMoveTheCursorAndEditAtIt)
     EXPECT_EQ(console.GetCursor(), 6);
     EXPECT_EQ(console.GetInput(), "Sce(1)");
     console.OnChar(10); // line feed: ignored
+    console.OnChar(0);  // other control characters and non-ASCII are not typed
+    console.OnChar(27);
+    console.OnChar(0x4E2D);
     EXPECT_EQ(console.GetInput(), "Sce(1)");
+    EXPECT_EQ(console.GetCursor(), 2);
     console.OnKeyDown(HOME);
     console.OnChar(8); // nothing before the cursor
     EXPECT_EQ(console.GetInput(), "Sce(1)");
