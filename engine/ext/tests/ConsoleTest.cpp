@@ -117,7 +117,7 @@ TEST(Console, EditingKeysMoveTheCursorAndEditAtIt)
     console.OnChar(27);
     console.OnChar(0x4E2D);
     EXPECT_EQ(console.GetInput(), "Sce(1)");
-    EXPECT_EQ(console.GetCursor(), 2);
+    EXPECT_EQ(console.GetCursor(), 6);
     console.OnKeyDown(HOME);
     console.OnChar(8); // nothing before the cursor
     EXPECT_EQ(console.GetInput(), "Sce(1)");
