@@ -8,3 +8,10 @@ struct EdToolCommand
     const char* pcUsage; // one or more lines, each "edtool <name> ..."
     int (*pMain)(int argc, char** argv);
 };
+
+// edtool scene: .scene and .prop files (tools/edtool/Scene.cpp).
+constexpr const char* SCENE_USAGE =
+    "edtool scene dump FILE          print a .scene or .prop file as JSON\n"
+    "edtool scene resave IN OUT      read and write again through the scene code\n"
+    "edtool scene check FILE         report problems; non-zero on an unreadable file";
+int SceneMain(int argc, char** argv);

@@ -7,6 +7,7 @@
 namespace
 {
 const EdToolCommand g_aCommands[] = {
+    {"scene", SCENE_USAGE, &SceneMain},
     {nullptr, nullptr, nullptr},
 };
 

@@ -1,0 +1,27 @@
+// Shared steps of the scene tests: read and write through memory, describe an entity, and
+// keep each byte-built file for the edtool resave test.
+#pragma once
+
+#include "scene/SceneClassDesc.h"
+#include "scene/SceneContent.h"
+#include "scene/tests/SceneBytes.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace SceneTest
+{
+
+bool ReadScene(const std::vector<uint8_t>& bytes, Ovrel::CSceneContent& scene,
+               Ovrel::CSceneReadError* pError = nullptr);
+std::vector<uint8_t> WriteScene(const Ovrel::CSceneContent& scene);
+Expected Describe(Ovrel::CSceneEntity& entity);
+// Files that resave byte for byte go to scene_test_files/exact/, files of older versions
+// (which a save upgrades) to scene_test_files/upgraded/, under the working folder.
+void KeepTestFile(const std::string& strName, const std::vector<uint8_t>& bytes, bool bExact,
+                  const char* pcExtension = ".scene");
+// A file with the header and the given records (each: type code and record bytes).
+std::vector<uint8_t> SingleRecordFile(bool bBigEndian, uint32_t uType, const std::vector<uint8_t>& record);
+
+} // namespace SceneTest
