@@ -1,8 +1,9 @@
 #include "app/AppServices.h"
 
 #include "app/Linux/SdlGamePad.h"
-#include "app/NullEngine.h"
 #include "app/WinInputDevice.h"
+#include "engine/audio/AudioDevice.h"
+#include "engine/physics/PhysicsWorld.h"
 #include "engine/render_device/RenderDevice.h"
 
 namespace Ovrel
@@ -24,15 +25,15 @@ void CEditorAppFactory::DestroyRenderDevice(Kestrin::RenderDevice::IRenderDevice
     Kestrin::RenderDevice::DestroyRenderDevice(pDevice);
 }
 
-CNullAudioDevice* CEditorAppFactory::CreateAudioDevice(int iKind)
+Kestrin::Audio::IAudioDevice* CEditorAppFactory::CreateAudioDevice(int iKind)
 {
     (void)iKind; // there is no sound back end on Linux yet: both kinds are the null device
-    return new CNullAudioDevice();
+    return new Kestrin::Audio::CNullAudioDevice();
 }
 
-CNullPhysicsSdk* CEditorAppFactory::CreatePhysicsSdk()
+Kestrin::Physics::CPhysicsSdk* CEditorAppFactory::CreatePhysicsSdk()
 {
-    return new CNullPhysicsSdk();
+    return new Kestrin::Physics::CNullPhysicsSdk();
 }
 
 CInputDevice* CEditorAppFactory::CreateInputDevice()

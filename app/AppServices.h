@@ -7,13 +7,19 @@ namespace Kestrin::RenderDevice
 {
 class IRenderDevice;
 }
+namespace Kestrin::Audio
+{
+class IAudioDevice;
+}
+namespace Kestrin::Physics
+{
+class CPhysicsSdk;
+}
 
 namespace Ovrel
 {
 
 class CInputDevice;
-class CNullAudioDevice;
-class CNullPhysicsSdk;
 
 class IEditorAppTrace
 {
@@ -41,9 +47,9 @@ public:
     virtual Kestrin::RenderDevice::IRenderDevice* CreateRenderDevice(int iKind);
     virtual void DestroyRenderDevice(Kestrin::RenderDevice::IRenderDevice* pDevice);
     // Kind 1 is the platform's sound device, 0 the null device. Null means failure.
-    virtual CNullAudioDevice* CreateAudioDevice(int iKind);
+    virtual Kestrin::Audio::IAudioDevice* CreateAudioDevice(int iKind);
     // The physics SDK; its Initialize may fail.
-    virtual CNullPhysicsSdk* CreatePhysicsSdk();
+    virtual Kestrin::Physics::CPhysicsSdk* CreatePhysicsSdk();
     // The input device of the platform (the window's keyboard and mouse, the game pad).
     virtual CInputDevice* CreateInputDevice();
 };

@@ -162,12 +162,8 @@ int LuaEditScene(lua_State* pState)
 int LuaAudio(lua_State* pState)
 {
     CLuaCall call(pState);
-    CNullAudioDevice* pAudio = App()->GetAudioDevice();
-    if (pAudio)
-    {
-        pAudio->PlayCue(call.ArgString(0), call.ArgCount() > 1, call.ArgFloat(1), call.ArgFloat(2),
-                        call.ArgFloat(3));
-    }
+    App()->PlayConsoleSound(call.ArgString(0), call.ArgCount() > 1, call.ArgFloat(1), call.ArgFloat(2),
+                            call.ArgFloat(3));
     return 0;
 }
 

@@ -7,8 +7,10 @@
 #include "app/AppThreadRenderer.h"
 #include "app/NullEngine.h"
 #include "editor_common/EditorCamera.h"
+#include "engine/audio/AudioDevice.h"
 #include "engine/ext/Console.h"
 #include "engine/ext/Plotter2D.h"
+#include "engine/fx/FxPlayer.h"
 #include "engine/render_device/RenderDevice.h"
 #include "scene_editor/SceneEditor.h"
 
@@ -114,6 +116,27 @@ void CEditorApp::SetFxLod(int iLod)
     {
         m_pFxPlayer->SetLod(iLod);
     }
+}
+
+bool CEditorApp::PlayConsoleSound(const char* pcCue, bool bPlaced, float fX, float fY, float fZ)
+{
+    if (!m_pAudioDevice)
+    {
+        return false;
+    }
+    if (!m_pConsoleSound)
+    {
+        m_pConsoleSound = m_pAudioDevice->CreateAudio();
+    }
+    if (!m_pConsoleSound)
+    {
+        return false; // the null device makes no sounds
+    }
+    if (bPlaced)
+    {
+        m_pConsoleSound->SetPosition({fX, fY, fZ});
+    }
+    return m_pConsoleSound->Play(pcCue ? pcCue : "");
 }
 
 void CEditorApp::SetVisibleGroups(uint32_t uLow, uint32_t uHigh)

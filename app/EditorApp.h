@@ -42,6 +42,25 @@ namespace Kestrin::Utility
 {
 class CAsyncLoader;
 }
+namespace Kestrin::Audio
+{
+class IAudio;
+class IAudioDevice;
+} // namespace Kestrin::Audio
+namespace Kestrin::Physics
+{
+class CPhysicsSdk;
+class CPhysicsWorld;
+} // namespace Kestrin::Physics
+namespace Kestrin::Fx
+{
+class CFxPlayer;
+class IFxCharacterManager;
+} // namespace Kestrin::Fx
+namespace Kestrin::Ext
+{
+class CRenderWorld;
+}
 namespace GLib::Script
 {
 class CLuaScript;
@@ -58,7 +77,6 @@ class CEditorAppFactory;
 class CEditorManager;
 class CInputDevice;
 class IEditorAppTrace;
-class CNullAudioDevice;
 class CNullRenderer;
 class CNullPlotter3D;
 class CNullTextureManager;
@@ -66,10 +84,6 @@ class CNullMaterialManager;
 class CNullResourceManager;
 class CNullFxManager;
 class CNullShaderCompiler;
-class CNullPhysicsSdk;
-class CNullPhysicsWorld;
-class CNullRenderWorld;
-class CNullFxPlayer;
 class CNullScene;
 class CNullLensFlare;
 class CNullMaterialPreview;
@@ -133,9 +147,9 @@ public:
     CMaterialEditor* GetMaterialEditor() const { return m_pMaterialEditor; }
     CFxEditor* GetFxEditor() const { return m_pFxEditor; }
     CCharacterEditor* GetCharacterEditor() const { return m_pCharacterEditor; }
-    CNullFxPlayer* GetFxPlayer() const { return m_pFxPlayer; }
+    Kestrin::Fx::CFxPlayer* GetFxPlayer() const { return m_pFxPlayer; }
     CNullTextureManager* GetTextureManager() const { return m_pTextureManager; }
-    CNullAudioDevice* GetAudioDevice() const { return m_pAudioDevice; }
+    Kestrin::Audio::IAudioDevice* GetAudioDevice() const { return m_pAudioDevice; }
     CNullAnimator* GetScriptedLightAnimator() const { return m_pScriptedLightAnimator; }
     Kestrin::RenderDevice::IRenderDevice* GetRenderDevice() const { return m_pRenderDevice; }
     Kestrin::RenderDevice::IWindow* GetWindow() const { return m_pWindow; }
@@ -173,6 +187,8 @@ public:
     void SetLodFactor(float fFactor) { m_fLodFactor = fFactor; }
     void SetVisibleGroups(uint32_t uLow, uint32_t uHigh);
     void SetRenderThreaded(bool bThreaded);
+    // The console's sound: set to the cue, placed when bPlaced, played. False: no sound.
+    bool PlayConsoleSound(const char* pcCue, bool bPlaced, float fX, float fY, float fZ);
 
     // -- The console's line handler (also IEditorManager::ExecuteCommand): under the device
     // lock, the renderer's settings first, then Lua. False when nothing took the line.
@@ -202,7 +218,7 @@ private:
     bool _CreateDevice();
     void _SetUpWindow();
     void _InitializeAudio();
-    bool _ReadAudioScript(CNullAudioDevice& device);
+    bool _ReadAudioScript(Kestrin::Audio::IAudioDevice& device);
     void _CreateManagers();
     void _CreateRendering();
     bool _CreateServices();
@@ -237,14 +253,14 @@ private:
 
     // Members in the order of the design.
     Kestrin::RenderDevice::IRenderDevice* m_pRenderDevice = nullptr;
-    CNullAudioDevice* m_pAudioDevice = nullptr;
+    Kestrin::Audio::IAudioDevice* m_pAudioDevice = nullptr;
     CNullRenderer* m_pRenderer = nullptr;
     CNullPlotter3D* m_pPlotter3D = nullptr;
     CNullPlotter3D* m_pBufferedPlotter3D = nullptr;
     Kestrin::Plotter::CPlotter2D* m_pPlotter2D = nullptr;
     Kestrin::Plotter::CTextureFont* m_pFont = nullptr;
     Kestrin::Utility::CAsyncLoader* m_pAsyncLoader = nullptr;
-    CNullPhysicsSdk* m_pPhysicsSdk = nullptr;
+    Kestrin::Physics::CPhysicsSdk* m_pPhysicsSdk = nullptr;
     CNullTextureManager* m_pTextureManager = nullptr;
     CNullMaterialManager* m_pMaterialManager = nullptr;
     CNullResourceManager* m_pLodMeshManager = nullptr;
@@ -252,7 +268,7 @@ private:
     CNullResourceManager* m_pCollisionShapeManager = nullptr;
     CNullFxManager* m_pFxManager = nullptr;
     CNullResourceManager* m_pCharacterResourceManager = nullptr;
-    CNullResourceManager* m_pFxCharacterManager = nullptr;
+    Kestrin::Fx::IFxCharacterManager* m_pFxCharacterManager = nullptr;
     CNullResourceManager* m_pSceneManager = nullptr;
     Kestrin::Ext::CConsole* m_pConsole = nullptr;
     CAppConsoleCallback* m_pConsoleCallback = nullptr;
@@ -264,9 +280,9 @@ private:
     CFxEditor* m_pFxEditor = nullptr;
     CCharacterEditor* m_pCharacterEditor = nullptr;
     CEditorManager* m_pEditorManager = nullptr;
-    CNullRenderWorld* m_pRenderWorld = nullptr;
-    CNullPhysicsWorld* m_apPhysicsWorlds[2] = {nullptr, nullptr};
-    CNullFxPlayer* m_pFxPlayer = nullptr;
+    Kestrin::Ext::CRenderWorld* m_pRenderWorld = nullptr;
+    Kestrin::Physics::CPhysicsWorld* m_apPhysicsWorlds[2] = {nullptr, nullptr};
+    Kestrin::Fx::CFxPlayer* m_pFxPlayer = nullptr;
     CNullScene* m_apScenes[2] = {nullptr, nullptr};
     CEditorCamera* m_pEditorCamera = nullptr;
     CNullAnimator* m_pEnvironmentAnimator = nullptr;
@@ -316,7 +332,8 @@ private:
     bool m_bShutDown = false;
     int32_t m_iFrame = 0;
     std::multimap<int32_t, std::string> m_startupLines;
-    int32_t m_iMouseDownX = 0; // the last left-button press, in client pixels
+    Kestrin::Audio::IAudio* m_pConsoleSound = nullptr; // the console's one sound, made on first use
+    int32_t m_iMouseDownX = 0;                         // the last left-button press, in client pixels
     int32_t m_iMouseDownY = 0;
     void (*m_pfnSleep)(int iMilliseconds) = nullptr;
     std::function<void(CEditorApp&)> m_frameHook;

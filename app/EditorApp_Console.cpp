@@ -3,15 +3,16 @@
 #include "app/EditorApp.h"
 
 #include "app/NullEngine.h"
+#include "engine/audio/AudioDevice.h"
 #include "engine/ext/Console.h"
 #include "engine/utility/SystemOutput.h"
 
 namespace Ovrel
 {
 
-bool CEditorApp::_ReadAudioScript(CNullAudioDevice& device)
+bool CEditorApp::_ReadAudioScript(Kestrin::Audio::IAudioDevice& device)
 {
-    if (!device.Initialize(std::string(), {}))
+    if (!device.Init(std::string(), {}))
     {
         return false;
     }

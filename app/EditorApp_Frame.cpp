@@ -9,9 +9,13 @@
 #include "app/NullEngine.h"
 #include "editor_common/ControlState.h"
 #include "editor_common/EditorCamera.h"
+#include "engine/audio/AudioDevice.h"
 #include "engine/ext/Console.h"
 #include "engine/ext/Plotter2D.h"
+#include "engine/fx/FxPlayer.h"
+#include "engine/physics/PhysicsWorld.h"
 #include "engine/render_device/RenderDevice.h"
+#include "engine/renderer/RenderWorld.h"
 #include "engine/utility/FrameProfiler.h"
 #include "fx_editor/FxEditor.h"
 #include "scene_editor/SceneEditor.h"
@@ -79,11 +83,10 @@ bool CEditorApp::RunFrame()
     _UpdateWorld(fScaled);                      // 9
     if (m_pAudioDevice)                         // 10
     {
-        const Kestrin::Utility::CVec3 vPosition = m_pEditorCamera->GetPosition();
-        const Kestrin::Utility::CVec3 vForward = m_pEditorCamera->GetMatrix().Row(2);
-        m_pAudioDevice->SetListener(vPosition.x, vPosition.y, vPosition.z, vForward.x, vForward.y,
-                                    vForward.z);
-        m_pAudioDevice->Tick(fStep);
+        Kestrin::Audio::CAudioListener listener;
+        listener.vPosition = m_pEditorCamera->GetPosition();
+        listener.vForward = m_pEditorCamera->GetMatrix().Row(2);
+        m_pAudioDevice->Update(listener, fStep);
     }
     m_pThreadRenderer->BuildFrame(); // 11
     m_pRenderDevice->Lock();         // 12
@@ -133,6 +136,7 @@ void CEditorApp::_UpdateWorld(float fScaled)
     m_pLensFlare->Update();
     {
         KESTRIN_PROFILE_SCOPE("Fx");
+        m_pFxPlayer->SetCamera(m_pEditorCamera->GetMatrix(), m_pEditorCamera->GetPosition());
         m_pFxPlayer->Update(fScaled);
     }
     _RunStartupLines();

@@ -13,12 +13,17 @@
 #include "editor_common/ControlState.h"
 #include "editor_common/EditorCamera.h"
 #include "editor_common/EditorConfig.h"
+#include "engine/audio/AudioDevice.h"
 #include "engine/ext/Console.h"
 #include "engine/ext/Plotter2D.h"
+#include "engine/fx/FxPlayer.h"
+#include "engine/physics/PhysicsWorld.h"
 #include "engine/render_device/RenderDevice.h"
+#include "engine/renderer/RenderWorld.h"
 #include "engine/utility/SystemOutput.h"
 #include "fx_editor/FxEditor.h"
 #include "material_editor/MaterialEditor.h"
+#include "scene/SceneClassDesc.h"
 #include "scene_editor/SceneEditor.h"
 
 #include <algorithm>
@@ -60,6 +65,7 @@ bool CEditorApp::Initialize(int iArgc, char** ppArgv)
     CEditorConfig config; // lives for this call only
     _ReadConfig(config);  // 1
     _Trace("2 link class descriptions");
+    CSceneClassRegistry::Link();
     if (!_CreateDevice()) // 3, 4
     {
         return _Fail();
@@ -184,7 +190,7 @@ void CEditorApp::_InitializeAudio()
     _Trace("message Initialize audio fail.");
     GUtShowMessageBox("", "Initialize audio fail.");
     delete m_pAudioDevice;
-    m_pAudioDevice = new CNullAudioDevice();
+    m_pAudioDevice = new Kestrin::Audio::CNullAudioDevice();
 }
 
 // ---------------------------------------------------------------------------------------
@@ -219,7 +225,7 @@ void CEditorApp::_CreateManagers()
     _Trace("16 CResourceManager");
     m_pCharacterResourceManager = new CNullResourceManager("CResourceManager");
     _Trace("17 CFxCharacterManager");
-    m_pFxCharacterManager = new CNullResourceManager("CFxCharacterManager");
+    m_pFxCharacterManager = new Kestrin::Fx::CNullFxCharacterManager();
     _Trace("18 CSceneManager");
     m_pSceneManager = new CNullResourceManager("CSceneManager");
 
@@ -321,16 +327,18 @@ void CEditorApp::_CreateEditors(CEditorConfig& config)
 void CEditorApp::_CreateWorld()
 {
     _Trace("33 CRenderWorld CPhysicsWorld CPhysicsWorld");
-    m_pRenderWorld = new CNullRenderWorld();
-    m_pRenderWorld->InitGrid(-20000.0f, -20000.0f, 21000.0f, 21000.0f, 1000.0f, 1000.0f);
-    for (CNullPhysicsWorld*& pWorld : m_apPhysicsWorlds)
+    m_pRenderWorld = new Kestrin::Ext::CNullRenderWorld();
+    m_pRenderWorld->InitGrid({-20000.0f, -20000.0f, 0.0f}, {21000.0f, 21000.0f, 0.0f},
+                             {1000.0f, 1000.0f, 0.0f});
+    for (Kestrin::Physics::CPhysicsWorld*& pWorld : m_apPhysicsWorlds)
     {
-        pWorld = new CNullPhysicsWorld();
+        pWorld = new Kestrin::Physics::CNullPhysicsWorld();
         pWorld->Initialize(m_pPhysicsSdk);
     }
 
     _Trace("34 CFxPlayer");
-    m_pFxPlayer = new CNullFxPlayer();
+    m_pFxPlayer = new Kestrin::Fx::CNullFxPlayer();
+    m_pFxPlayer->Initialize(m_pRenderWorld, m_apPhysicsWorlds[0], m_pAudioDevice);
     m_pFxPlayer->SetUpdateGroupCount(4);
     if (m_pTextureManager)
     {

@@ -12,9 +12,13 @@
 #include "editor_common/ControlState.h"
 #include "editor_common/EditorCamera.h"
 #include "editor_common/EditorConfig.h"
+#include "engine/audio/AudioDevice.h"
 #include "engine/ext/Console.h"
 #include "engine/ext/Plotter2D.h"
+#include "engine/fx/FxPlayer.h"
+#include "engine/physics/PhysicsWorld.h"
 #include "engine/render_device/RenderDevice.h"
+#include "engine/renderer/RenderWorld.h"
 #include "engine/utility/SystemOutput.h"
 #include "fx_editor/FxEditor.h"
 #include "material_editor/MaterialEditor.h"
@@ -284,9 +288,12 @@ void CEditorApp::_DestroyManagers()
         m_pInputDevice->Shutdown();
         Destroy(m_pInputDevice);
     }
-    if (Destroy(m_pAudioDevice))
+    if (m_pAudioDevice)
     {
         _Trace("shutdown 12 audio device");
+        m_pAudioDevice->DestroyAudio(m_pConsoleSound);
+        m_pConsoleSound = nullptr;
+        Destroy(m_pAudioDevice);
     }
     if (m_pShaderCompiler) // 13
     {

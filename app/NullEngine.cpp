@@ -1,11 +1,21 @@
 #include "app/NullEngine.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 
 namespace Ovrel
 {
+
+Kestrin::Renderer::CTexture* CNullTextureManager::Load(const std::string& strName, bool bAsync)
+{
+    (void)strName, (void)bAsync;
+    return nullptr;
+}
+
+void CNullTextureManager::Release(Kestrin::Renderer::CTexture* pTexture)
+{
+    (void)pTexture;
+}
 
 uint32_t CNullTextureManager::CreateTexture(const Kestrin::RenderDevice::STextureDesc& desc,
                                             const char* pcName)
@@ -105,51 +115,6 @@ bool CNullAnimator::Activate(const std::string& strName) const
 {
     (void)strName;
     return false;
-}
-
-bool CNullAudioDevice::Initialize(const std::string& strSettingsFile,
-                                  const std::vector<std::pair<std::string, float>>& rpcs)
-{
-    m_calls.push_back("Initialize " + strSettingsFile + " " + std::to_string(rpcs.size()));
-    return true;
-}
-
-bool CNullAudioDevice::LoadWaveBank(const std::string& strPath, int iFlags, int iIndex)
-{
-    m_calls.push_back("LoadWaveBank " + strPath + " " + std::to_string(iFlags) + " " +
-                      std::to_string(iIndex));
-    return true;
-}
-
-bool CNullAudioDevice::LoadSoundBank(const std::string& strPath, int iIndex)
-{
-    m_calls.push_back("LoadSoundBank " + strPath + " " + std::to_string(iIndex));
-    return true;
-}
-
-void CNullAudioDevice::SetCategoryVolume(const std::string& strCategory, float fVolume)
-{
-    char acVolume[32];
-    snprintf(acVolume, sizeof(acVolume), "%.2f", fVolume);
-    m_calls.push_back("SetCategoryVolume " + strCategory + " " + acVolume);
-}
-
-void CNullAudioDevice::SetListener(float fX, float fY, float fZ, float fDirX, float fDirY, float fDirZ)
-{
-    (void)fX, (void)fY, (void)fZ, (void)fDirX, (void)fDirY, (void)fDirZ;
-}
-
-bool CNullAudioDevice::PlayCue(const std::string& strCue, bool bPlaced, float fX, float fY, float fZ)
-{
-    (void)strCue, (void)bPlaced, (void)fX, (void)fY, (void)fZ;
-    return false; // no sound banks: every cue is unknown
-}
-
-void CNullRenderWorld::InitGrid(float fMinX, float fMinY, float fMaxX, float fMaxY, float fCellX,
-                                float fCellY)
-{
-    m_iCellsX = fCellX > 0.0f ? static_cast<int>(std::ceil((fMaxX - fMinX) / fCellX)) : 0;
-    m_iCellsY = fCellY > 0.0f ? static_cast<int>(std::ceil((fMaxY - fMinY) / fCellY)) : 0;
 }
 
 void CNullScene::SetPaths(const std::string& strFx, const std::string& strCharacter,

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "engine/render_device/RenderDevice.h"
+#include "engine/renderer/TextureManager.h"
 
 #include <cstdint>
 #include <string>
@@ -17,11 +18,13 @@ namespace Ovrel
 
 // Kestrin::Renderer::CTextureManager: named textures by handle, folder redirections, the
 // mip levels skipped from now on.
-class CNullTextureManager
+class CNullTextureManager final : public Kestrin::Renderer::CTextureManager
 {
 public:
     explicit CNullTextureManager(Kestrin::RenderDevice::IRenderDevice* pDevice) : m_pDevice(pDevice) {}
-    virtual ~CNullTextureManager() = default;
+    // No image can be read yet: null for every name.
+    Kestrin::Renderer::CTexture* Load(const std::string& strName, bool bAsync) override;
+    void Release(Kestrin::Renderer::CTexture* pTexture) override;
     // A texture made on the device: 0 when the device can't make it.
     uint32_t CreateTexture(const Kestrin::RenderDevice::STextureDesc& desc, const char* pcName);
     void ReleaseTexture(uint32_t uHandle);
@@ -166,15 +169,6 @@ private:
     int m_iFlushes = 0;
 };
 
-// Kestrin::Physics::CPhysicsSdk: a null SDK initialises and shuts down.
-class CNullPhysicsSdk
-{
-public:
-    virtual ~CNullPhysicsSdk() = default;
-    virtual bool Initialize() { return true; }
-    virtual void Shutdown() {}
-};
-
 // The lens flare: six sprite names, the fx folder; drawn from the camera transform.
 class CNullLensFlare
 {
@@ -225,85 +219,6 @@ private:
     std::string m_strClassName;
     float m_fTime = 0.0f;
     int m_iCurrent = 0;
-};
-
-// Kestrin::Audio::IAudioDevice: initialised from the settings of "audio.lua", banks loaded by
-// index, categories at a volume, a listener; plays nothing.
-class CNullAudioDevice
-{
-public:
-    virtual ~CNullAudioDevice() = default;
-    virtual bool Initialize(const std::string& strSettingsFile,
-                            const std::vector<std::pair<std::string, float>>& rpcs);
-    virtual bool LoadWaveBank(const std::string& strPath, int iFlags, int iIndex);
-    virtual bool LoadSoundBank(const std::string& strPath, int iIndex);
-    virtual void SetRpcTable(const std::vector<std::pair<int, std::vector<float>>>& table)
-    {
-        m_rpcTable = table;
-    }
-    virtual void SetCategoryVolume(const std::string& strCategory, float fVolume);
-    virtual void SetListener(float fX, float fY, float fZ, float fDirX, float fDirY, float fDirZ);
-    virtual void Tick(float fTimeStep) { m_fTime += fTimeStep; }
-    // The one console sound: set to a cue, placed, played. False: the cue is unknown.
-    virtual bool PlayCue(const std::string& strCue, bool bPlaced, float fX, float fY, float fZ);
-
-    // What the device was told, in order, for checks.
-    const std::vector<std::string>& GetCalls() const { return m_calls; }
-
-private:
-    std::vector<std::string> m_calls;
-    std::vector<std::pair<int, std::vector<float>>> m_rpcTable;
-    float m_fTime = 0.0f;
-};
-
-// Kestrin::Physics::CPhysicsWorld: stepped and fetched each frame; a ray never hits.
-class CNullPhysicsWorld
-{
-public:
-    virtual ~CNullPhysicsWorld() = default;
-    bool Initialize(CNullPhysicsSdk* pSdk) { return pSdk != nullptr; }
-    void Step(float fTimeStep) { m_fTime += fTimeStep, ++m_iSteps; }
-    void Fetch() { ++m_iFetches; }
-    int GetSteps() const { return m_iSteps; }
-    int GetFetches() const { return m_iFetches; }
-
-private:
-    float m_fTime = 0.0f;
-    int m_iSteps = 0;
-    int m_iFetches = 0;
-};
-
-// Kestrin::Ext::CRenderWorld: the grid of cells, the visibility object, a tick a frame.
-class CNullRenderWorld
-{
-public:
-    virtual ~CNullRenderWorld() = default;
-    void InitGrid(float fMinX, float fMinY, float fMaxX, float fMaxY, float fCellX, float fCellY);
-    int GetCellsX() const { return m_iCellsX; }
-    int GetCellsY() const { return m_iCellsY; }
-    void Tick() { ++m_iTicks; }
-
-private:
-    int m_iCellsX = 0;
-    int m_iCellsY = 0;
-    int m_iTicks = 0;
-};
-
-// Kestrin::Fx::CFxPlayer: the update groups, the level of detail, the camera it plays for.
-class CNullFxPlayer
-{
-public:
-    virtual ~CNullFxPlayer() = default;
-    void SetUpdateGroupCount(int iCount) { m_iGroups = iCount; }
-    int GetUpdateGroupCount() const { return m_iGroups; }
-    void SetLod(int iLod) { m_iLod = iLod; }
-    int GetLod() const { return m_iLod; }
-    void Update(float fTimeStep) { m_fTime += fTimeStep; }
-
-private:
-    int m_iGroups = 0;
-    int m_iLod = 0;
-    float m_fTime = 0.0f;
 };
 
 // Ovrel::CScene: the folders it loads from, the level of detail of its characters, a frame.

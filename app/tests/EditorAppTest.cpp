@@ -4,7 +4,9 @@
 #include "app/NullEngine.h"
 #include "app/WinInputDevice.h"
 #include "editor_common/ControlState.h"
+#include "engine/audio/AudioDevice.h"
 #include "engine/ext/Console.h"
+#include "engine/physics/PhysicsWorld.h"
 #include "engine/render_device/NullRenderDevice.h"
 #include "engine/utility/SystemOutput.h"
 #include "scene_editor/SceneEditor.h"
@@ -61,6 +63,53 @@ public:
     }
 };
 
+// A sound device that writes down what start-up tells it.
+class CRecordingAudioDevice final : public Kestrin::Audio::IAudioDevice
+{
+public:
+    bool Init(const std::string& strSettings, const std::vector<std::pair<std::string, float>>& rpcs) override
+    {
+        std::string strCall = "Init " + strSettings;
+        for (const auto& rpc : rpcs)
+        {
+            strCall += " " + rpc.first + "=" + std::to_string(static_cast<int>(rpc.second));
+        }
+        calls.push_back(strCall);
+        return true;
+    }
+    bool LoadWaveBank(const std::string& strFile, int32_t iFlags, int32_t iIndex) override
+    {
+        calls.push_back("LoadWaveBank " + strFile + " " + std::to_string(iFlags) + " " +
+                        std::to_string(iIndex));
+        return true;
+    }
+    bool LoadSoundBank(const std::string& strFile, int32_t iIndex) override
+    {
+        calls.push_back("LoadSoundBank " + strFile + " " + std::to_string(iIndex));
+        return true;
+    }
+    void SetRpcs(const std::vector<std::pair<int32_t, std::vector<float>>>& rpcs) override
+    {
+        std::string strCall = "SetRpcs";
+        for (const auto& rpc : rpcs)
+        {
+            strCall += " " + std::to_string(rpc.first) + ":" + std::to_string(rpc.second.size());
+        }
+        calls.push_back(strCall);
+    }
+    void SetCategoryVolume(const std::string& strCategory, float fVolume) override
+    {
+        calls.push_back("SetCategoryVolume " + strCategory + " " +
+                        std::to_string(static_cast<int>(fVolume * 10)));
+    }
+    void Update(const Kestrin::Audio::CAudioListener&, float fTimeStep) override { fTime += fTimeStep; }
+    Kestrin::Audio::IAudio* CreateAudio() override { return nullptr; }
+    void DestroyAudio(Kestrin::Audio::IAudio*) override {}
+
+    std::vector<std::string> calls;
+    float fTime = 0.0f;
+};
+
 // Steers the devices: failures on request, no game pads.
 class CTestFactory final : public CEditorAppFactory
 {
@@ -78,17 +127,23 @@ public:
         }
         return CEditorAppFactory::CreateRenderDevice(iKind);
     }
-    CNullAudioDevice* CreateAudioDevice(int iKind) override
+    Kestrin::Audio::IAudioDevice* CreateAudioDevice(int iKind) override
     {
         iAudioKind = iKind;
-        return bAudioFails ? nullptr : CEditorAppFactory::CreateAudioDevice(iKind);
+        if (bAudioFails)
+        {
+            return nullptr;
+        }
+        pAudio = new CRecordingAudioDevice();
+        return pAudio;
     }
-    CNullPhysicsSdk* CreatePhysicsSdk() override
+    Kestrin::Physics::CPhysicsSdk* CreatePhysicsSdk() override
     {
-        class CFailingSdk final : public CNullPhysicsSdk
+        class CFailingSdk final : public Kestrin::Physics::CPhysicsSdk
         {
         public:
             bool Initialize() override { return false; }
+            void Shutdown() override {}
         };
         return bPhysicsFails ? new CFailingSdk() : CEditorAppFactory::CreatePhysicsSdk();
     }
@@ -100,6 +155,7 @@ public:
     bool bPhysicsFails = false;
     int iRenderKind = -1;
     int iAudioKind = -1;
+    CRecordingAudioDevice* pAudio = nullptr; // the last made; owned by the application
 };
 
 std::string ReadFile(const std::filesystem::path& path)
