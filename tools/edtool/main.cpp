@@ -9,11 +9,8 @@ int DaeMain(int argc, char** argv); // Dae.cpp
 namespace
 {
 const EdToolCommand g_aCommands[] = {
-<<<<<<< HEAD
     {"scene", SCENE_USAGE, &SceneMain},
-=======
     {"dae", "edtool dae info FILE\nedtool dae resave IN OUT", DaeMain},
->>>>>>> collada
     {nullptr, nullptr, nullptr},
 };
 
