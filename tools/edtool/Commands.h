@@ -15,3 +15,9 @@ constexpr const char* SCENE_USAGE =
     "edtool scene resave IN OUT      read and write again through the scene code\n"
     "edtool scene check FILE         report problems; non-zero on an unreadable file";
 int SceneMain(int argc, char** argv);
+
+// edtool dae: Collada documents (tools/edtool/Dae.cpp).
+constexpr const char* DAE_USAGE =
+    "edtool dae info FILE            print nodes, meshes, materials, lights, cameras, skins, animations\n"
+    "edtool dae resave IN OUT        read and write again through the Collada code";
+int DaeMain(int argc, char** argv);

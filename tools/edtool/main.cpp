@@ -4,13 +4,11 @@
 #include <cstdio>
 #include <cstring>
 
-int DaeMain(int argc, char** argv); // Dae.cpp
-
 namespace
 {
 const EdToolCommand g_aCommands[] = {
     {"scene", SCENE_USAGE, &SceneMain},
-    {"dae", "edtool dae info FILE\nedtool dae resave IN OUT", DaeMain},
+    {"dae", DAE_USAGE, &DaeMain},
     {nullptr, nullptr, nullptr},
 };
 
