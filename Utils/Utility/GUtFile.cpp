@@ -1,16 +1,24 @@
+// GUtFile: opening, closing, positions, the byte path and the typed operations. Memory and
+// compressed modes are in GUtFile_Memory.cpp, the text forms in GUtFile_Text.cpp.
 #include "Utils/Utility/GUtFile.h"
 
+#include "Utils/File/PackSearch.h"
 #include "Utils/Utility/GUtDebug.h"
+#include "Utils/Utility/GUtPath.h"
 #include "Utils/Utility/Posix/GUtFilePosix.h"
+#include "Utils/Utility/Posix/GUtFileSystemPosix.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <string>
 #include <sys/stat.h>
-#include <vector>
 
 namespace
 {
+std::atomic<bool> g_bReportOpenFailureToLog{false};
+
 // Reverses each iWidth-byte element of p in place.
 void SwapElements(uint8_t* p, int32_t iBytes, int iWidth)
 {
@@ -53,16 +61,26 @@ GUtFile::GUtFile(const char* pcPath, uint32_t uMode, bool bQuiet, bool bAsync, i
 GUtFile::~GUtFile()
 {
     Close(true);
-    delete[] m_pMemBuffer;
-    delete[] m_pPackedBuffer;
+    _FreeBuffers();
     delete m_pWaitContext;
     delete m_pBackend;
+}
+
+void GUtFile::SetReportOpenFailureToLog(bool bToLog)
+{
+    g_bReportOpenFailureToLog = bToLog;
 }
 
 bool GUtFile::IsOpen()
 {
     GUtCriticalSectionLock lock(m_lock);
     return m_pBackend && m_pBackend->IsOpen();
+}
+
+bool GUtFile::_IsWriting() const
+{
+    const uint32_t uOpenMode = m_uMode & (MODE_READ | MODE_WRITE | MODE_APPEND);
+    return uOpenMode == (MODE_READ | MODE_WRITE) || uOpenMode == (MODE_READ | MODE_WRITE | MODE_APPEND);
 }
 
 bool GUtFile::Open(const char* pcPath, uint32_t uMode, bool bQuiet, bool bAsync, int32_t iByteOrder)
@@ -76,96 +94,212 @@ bool GUtFile::Open(const char* pcPath, uint32_t uMode, bool bQuiet, bool bAsync,
     m_strPath = pcPath;
     m_uMode = uMode;
     m_iByteOrder = iByteOrder;
-
-    uint32_t uAccess = GUtFilePosix::ACCESS_READ;
-    uint32_t uDisposition = GUtFilePosix::OPEN_EXISTING;
-    const uint32_t uOpenMode = uMode & (MODE_READ | MODE_WRITE | MODE_APPEND);
-    bool bWrite = false;
-    if (uOpenMode == (MODE_READ | MODE_WRITE))
+    m_uFlags = 0x0100 | 0x0001;
+    const bool bAppend =
+        (uMode & (MODE_READ | MODE_WRITE | MODE_APPEND)) == (MODE_READ | MODE_WRITE | MODE_APPEND);
+    if (bAppend)
     {
-        uAccess |= GUtFilePosix::ACCESS_WRITE;
-        uDisposition = GUtFilePosix::CREATE_ALWAYS;
-        bWrite = true;
-    }
-    else if (uOpenMode == (MODE_READ | MODE_WRITE | MODE_APPEND))
-    {
-        uAccess |= GUtFilePosix::ACCESS_WRITE;
-        uDisposition = GUtFilePosix::OPEN_ALWAYS;
         m_uFlags &= 0xFF00;
-        bWrite = true;
     }
-
-    delete m_pBackend;
-    m_pBackend = new GUtFilePosix(uAccess, uDisposition, bAsync);
-    bool bOk = m_pBackend->Open(pcPath);
-    if (!bOk && bWrite)
-    {
-        GUtString folder(pcPath);
-        int iSlash = folder.ReverseFind('/');
-        if (iSlash > 0 && GUtCreateFolderChain(folder.Left(iSlash).c_str()))
-        {
-            bOk = m_pBackend->Open(pcPath);
-        }
-    }
-    if (!bOk)
+    if (!_OpenBackend(pcPath, bAsync))
     {
         if (!bQuiet)
         {
-            GUtLog::Get().Out().DisplayMsg(false, "GUtFile::GUtFile()", "open file %s Fail!", pcPath);
+            _ReportOpenFailure(pcPath);
         }
         m_uMode &= ~(MODE_MEMORY | MODE_COMPRESSED);
         return false;
     }
-    if (uOpenMode == (MODE_READ | MODE_WRITE | MODE_APPEND))
+    if (bAppend)
     {
         m_pBackend->SeekEnd(0);
     }
+
+    bool bOK = true;
+    if ((m_uMode & (MODE_MEMORY | MODE_COMPRESSED)) == (MODE_MEMORY | MODE_COMPRESSED))
+    {
+        m_uMode &= ~(MODE_MEMORY | MODE_COMPRESSED);
+        if (!(m_uMode & MODE_BINARY))
+        {
+            // Choosing compressed text is a programming error, not a fault of the file.
+            GUtLog::Get().DisplayMsg(false, 1, "GUtFile::_InitCompressData() error !",
+                                     "Compress mode must with binary mode !");
+            bOK = false;
+            GUT_ASSERT(bOK);
+        }
+        bOK = _InitCompressData();
+    }
+    else if (m_uMode & MODE_MEMORY)
+    {
+        m_uMode &= ~MODE_MEMORY;
+        bOK = _InitMemoryData();
+    }
+    if (!bOK)
+    {
+        // A corrupt compressed file: reported, and the file isn't open.
+        Close(false);
+        return false;
+    }
     return true;
+}
+
+bool GUtFile::_OpenBackend(const char* pcPath, bool bAsync)
+{
+    const bool bWrite = _IsWriting();
+    // Packs from the search are read-only: only reading looks in them.
+    GLib::File::CSubFile* pSubFile = bWrite ? nullptr : GLib::File::OpenPackEntry(pcPath, true);
+    std::string path;
+    if (pSubFile)
+    {
+        m_pBackend = new GUtFileSystemPosix(pSubFile, true);
+        path = pcPath;
+    }
+    else
+    {
+        uint32_t uAccess = GUtFilePosix::ACCESS_READ;
+        uint32_t uDisposition = GUtFilePosix::OPEN_EXISTING;
+        if (bWrite)
+        {
+            const bool bAppend = (m_uMode & MODE_APPEND) != 0;
+            uAccess |= GUtFilePosix::ACCESS_WRITE;
+            uDisposition = bAppend ? GUtFilePosix::OPEN_ALWAYS : GUtFilePosix::CREATE_ALWAYS;
+            path = GUtPath::ResolveForWrite(pcPath);
+        }
+        else
+        {
+            GUtPath::ResolveExisting(pcPath, path);
+        }
+        if (bAsync && !m_pWaitContext)
+        {
+            m_pWaitContext = new GUtAsyncContext;
+        }
+        m_pBackend = new GUtFilePosix(uAccess, uDisposition, bAsync);
+    }
+    bool bOk = m_pBackend->Open(path.c_str());
+    if (!bOk && bWrite)
+    {
+        const std::string folder = GUtPath::FolderOf(path);
+        if (!folder.empty() && GUtCreateFolderChain(folder.c_str()))
+        {
+            bOk = m_pBackend->Open(path.c_str());
+        }
+    }
+    if (!bOk)
+    {
+        delete m_pBackend;
+        m_pBackend = nullptr;
+    }
+    return bOk;
+}
+
+void GUtFile::_ReportOpenFailure(const char* pcPath)
+{
+    if (g_bReportOpenFailureToLog)
+    {
+        GUtLog::Get().DisplayMsg(false, "GUtFile::GUtFile()", "open file %s Fail!", pcPath);
+    }
+    else
+    {
+        GUtLog::Get().Out().DisplayMsg(false, "GUtFile::GUtFile()", "open file %s Fail!", pcPath);
+    }
 }
 
 void GUtFile::Close(bool bFlush)
 {
     GUtCriticalSectionLock lock(m_lock);
-    if (m_pBackend)
+    if (!m_pBackend)
     {
-        m_pBackend->Close(bFlush);
+        return;
     }
+    const bool bWriting = _IsWriting();
+    if ((m_uMode & (MODE_MEMORY | MODE_COMPRESSED)) == (MODE_MEMORY | MODE_COMPRESSED))
+    {
+        if (bFlush && bWriting)
+        {
+            _DeInitCompressData(true);
+        }
+    }
+    else if ((m_uMode & MODE_MEMORY) && bFlush && bWriting)
+    {
+        _WriteOutMemory();
+    }
+    m_uMode &= ~(MODE_MEMORY | MODE_COMPRESSED);
+    _FreeBuffers();
+    m_pBackend->Close(bFlush);
+    delete m_pBackend;
+    m_pBackend = nullptr;
 }
 
 bool GUtFile::Flush()
 {
     GUtCriticalSectionLock lock(m_lock);
-    return m_pBackend && m_pBackend->Flush();
+    if (!m_pBackend)
+    {
+        return false;
+    }
+    bool bOk = true;
+    if ((m_uMode & (MODE_MEMORY | MODE_COMPRESSED)) == (MODE_MEMORY | MODE_COMPRESSED))
+    {
+        bOk = !_IsWriting() || _DeInitCompressData(false);
+    }
+    else if ((m_uMode & MODE_MEMORY) && _IsWriting())
+    {
+        bOk = _WriteOutMemory();
+    }
+    return m_pBackend->Flush() && bOk;
 }
 
 bool GUtFile::Seek(int64_t iPosition)
 {
     GUtCriticalSectionLock lock(m_lock);
-    return m_pBackend && m_pBackend->Seek(iPosition);
+    if (!m_pBackend || iPosition < 0)
+    {
+        return false;
+    }
+    if (m_uMode & MODE_MEMORY)
+    {
+        return _SeekMemory(iPosition);
+    }
+    return m_pBackend->Seek(iPosition);
 }
 
 bool GUtFile::SeekForward(int64_t iDelta)
 {
     GUtCriticalSectionLock lock(m_lock);
-    return m_pBackend && m_pBackend->SeekCurrent(iDelta);
+    if (!m_pBackend)
+    {
+        return false;
+    }
+    if (m_uMode & MODE_MEMORY)
+    {
+        return _SeekMemory(static_cast<int64_t>(m_ulMemBufIdx) + iDelta);
+    }
+    return m_pBackend->SeekCurrent(iDelta);
 }
 
 bool GUtFile::SeekBackward(int64_t iDelta)
 {
-    GUtCriticalSectionLock lock(m_lock);
-    return m_pBackend && m_pBackend->SeekCurrent(-iDelta);
+    return SeekForward(-iDelta);
 }
 
 int64_t GUtFile::Tell()
 {
     GUtCriticalSectionLock lock(m_lock);
-    return m_pBackend ? m_pBackend->Tell() : 0;
+    if (!m_pBackend)
+    {
+        return 0;
+    }
+    return (m_uMode & MODE_MEMORY) ? static_cast<int64_t>(m_ulMemBufIdx) : m_pBackend->Tell();
 }
 
 int64_t GUtFile::Size()
 {
     GUtCriticalSectionLock lock(m_lock);
-    return m_pBackend ? m_pBackend->Size() : 0;
+    if (!m_pBackend)
+    {
+        return 0;
+    }
+    return (m_uMode & MODE_MEMORY) ? static_cast<int64_t>(m_ulMemBufEnd) : m_pBackend->Size();
 }
 
 void GUtFile::SetKey(const char* pcKey)
@@ -178,46 +312,64 @@ void GUtFile::SetKey(const char* pcKey)
 // ---------------------------------------------------------------------------------------
 // The byte path
 
+void GUtFile::_ApplyKey(uint8_t* p, int32_t iCount)
+{
+    if (m_strKey.IsEmpty())
+    {
+        return;
+    }
+    const int iLength = m_strKey.Length();
+    for (int32_t i = 0; i < iCount; ++i)
+    {
+        p[i] ^= static_cast<uint8_t>(m_strKey[m_iKeyIndex]);
+        m_iKeyIndex = (m_iKeyIndex + 1) % iLength;
+    }
+}
+
 int32_t GUtFile::ReadBytes(void* pBuffer, int32_t iCount, GUtAsyncContext* pContext)
 {
     GUtCriticalSectionLock lock(m_lock);
-    if (!m_pBackend || iCount <= 0)
+    if (!m_pBackend || !pBuffer || iCount <= 0)
     {
         return 0;
     }
-    int32_t iRead = m_pBackend->Read(pBuffer, iCount, pContext);
-    if (!m_strKey.IsEmpty())
+    uint8_t* p = static_cast<uint8_t*>(pBuffer);
+    int32_t iRead = 0;
+    if (m_uMode & MODE_MEMORY)
     {
-        uint8_t* p = static_cast<uint8_t*>(pBuffer);
-        for (int32_t i = 0; i < iRead; ++i)
-        {
-            p[i] ^= static_cast<uint8_t>(m_strKey[m_iKeyIndex]);
-            m_iKeyIndex = (m_iKeyIndex + 1) % m_strKey.Length();
-        }
+        iRead = _ReadMemory(p, iCount);
     }
+    else
+    {
+        iRead = m_pBackend->Read(p, iCount, pContext ? pContext : m_pWaitContext);
+    }
+    _ApplyKey(p, iRead);
     return iRead;
 }
 
 int32_t GUtFile::WriteBytes(const void* pBuffer, int32_t iCount, GUtAsyncContext* pContext)
 {
     GUtCriticalSectionLock lock(m_lock);
-    if (!m_pBackend || iCount <= 0)
+    if (!m_pBackend || !pBuffer || iCount <= 0)
     {
         return 0;
     }
-    if (m_strKey.IsEmpty())
+    const bool bMemory = (m_uMode & MODE_MEMORY) != 0;
+    if (bMemory && !_IsWriting())
     {
-        return m_pBackend->Write(pBuffer, iCount, pContext);
+        return 0;
     }
-    // Through a copy, so that the caller's buffer isn't changed.
-    std::vector<uint8_t> copy(static_cast<const uint8_t*>(pBuffer),
-                              static_cast<const uint8_t*>(pBuffer) + iCount);
-    for (uint8_t& b : copy)
+    const uint8_t* p = static_cast<const uint8_t*>(pBuffer);
+    std::vector<uint8_t> keyed;
+    if (!m_strKey.IsEmpty())
     {
-        b ^= static_cast<uint8_t>(m_strKey[m_iKeyIndex]);
-        m_iKeyIndex = (m_iKeyIndex + 1) % m_strKey.Length();
+        // Through a copy, so that the caller's buffer isn't changed.
+        keyed.assign(p, p + iCount);
+        _ApplyKey(keyed.data(), iCount);
+        p = keyed.data();
     }
-    return m_pBackend->Write(copy.data(), iCount, pContext);
+    return bMemory ? _WriteMemory(p, iCount)
+                   : m_pBackend->Write(p, iCount, pContext ? pContext : m_pWaitContext);
 }
 
 // ---------------------------------------------------------------------------------------

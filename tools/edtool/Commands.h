@@ -21,3 +21,8 @@ constexpr const char* DAE_USAGE =
     "edtool dae info FILE            print nodes, meshes, materials, lights, cameras, skins, animations\n"
     "edtool dae resave IN OUT        read and write again through the Collada code";
 int DaeMain(int argc, char** argv);
+
+// edtool pak (PakCommand.cpp).
+inline constexpr const char* PAK_USAGE = "edtool pak list FILE.PAK\nedtool pak extract FILE.PAK DIR\n"
+                                         "edtool pak create FILE.PAK DIR\nedtool pak check FILE.PAK";
+int PakMain(int argc, char** argv);

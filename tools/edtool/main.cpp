@@ -9,6 +9,7 @@ namespace
 const EdToolCommand g_aCommands[] = {
     {"scene", SCENE_USAGE, &SceneMain},
     {"dae", DAE_USAGE, &DaeMain},
+    {"pak", PAK_USAGE, &PakMain},
     {nullptr, nullptr, nullptr},
 };
 
