@@ -1,5 +1,7 @@
 #include "app/Revision.h"
 
+#include "Utils/Utility/GUtPath.h"
+
 #include <pugixml.hpp>
 
 #include <mutex>
@@ -17,8 +19,13 @@ const std::string& CRevision::Get()
 
 std::string CRevision::Read(const char* pcPath)
 {
+    std::string strPath;
+    if (!GUtPath::ResolveExisting(pcPath, strPath)) // a data path: any case, either slash
+    {
+        return std::string();
+    }
     pugi::xml_document document;
-    if (!document.load_file(pcPath))
+    if (!document.load_file(strPath.c_str()))
     {
         return std::string();
     }
