@@ -1,5 +1,6 @@
 #include "Utils/File/Header.h"
 
+#include "Utils/Utility/GUtBytes.h"
 #include "Utils/Utility/GUtDebug.h"
 
 #include <cstring>
@@ -9,20 +10,6 @@ namespace GLib::File
 
 namespace
 {
-uint32_t GetU32(const uint8_t* p)
-{
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
-           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
-}
-
-void PutU32(uint8_t* p, uint32_t u)
-{
-    p[0] = static_cast<uint8_t>(u);
-    p[1] = static_cast<uint8_t>(u >> 8);
-    p[2] = static_cast<uint8_t>(u >> 16);
-    p[3] = static_cast<uint8_t>(u >> 24);
-}
-
 // The bytes each layout needs.
 constexpr size_t CURRENT_LAYOUT_SIZE = 49;
 constexpr size_t OLD_LAYOUT_SIZE = 37;
@@ -38,7 +25,7 @@ bool CHeader::Parse(const uint8_t* pData, size_t uSize)
     const bool bMagic = pData[0] == 'P' && pData[1] == 'A' && pData[2] == 'K';
     // Without the magic every field stands 4 bytes earlier than its offset below.
     const size_t uShift = bMagic ? 0 : 4;
-    auto Field = [&](size_t uOffset) { return GetU32(pData + uOffset - uShift); };
+    auto Field = [&](size_t uOffset) { return GUtGetU32LE(pData + uOffset - uShift); };
     if (uSize + uShift < 8)
     {
         return false;
@@ -86,18 +73,18 @@ void CHeader::Write(uint8_t* pData) const
 {
     memset(pData, 0, HEADER_SIZE);
     memcpy(pData, "PAK", 4);
-    PutU32(pData + 4, CURRENT_VERSION);
+    GUtPutU32LE(pData + 4, CURRENT_VERSION);
     pData[8] = m_uFlag;
-    PutU32(pData + 9, m_uReserved);
-    PutU32(pData + 13, static_cast<uint32_t>(m_uReserved64));
-    PutU32(pData + 17, static_cast<uint32_t>(m_uReserved64 >> 32));
-    PutU32(pData + 21, m_uHeaderSize);
-    PutU32(pData + 25, m_uDirOffset);
-    PutU32(pData + 29, m_uDirSize);
-    PutU32(pData + 33, m_uDirPackedSize);
-    PutU32(pData + 37, m_uDataOffset);
-    PutU32(pData + 41, m_uDataSize);
-    PutU32(pData + 45, m_uFileSize);
+    GUtPutU32LE(pData + 9, m_uReserved);
+    GUtPutU32LE(pData + 13, static_cast<uint32_t>(m_uReserved64));
+    GUtPutU32LE(pData + 17, static_cast<uint32_t>(m_uReserved64 >> 32));
+    GUtPutU32LE(pData + 21, m_uHeaderSize);
+    GUtPutU32LE(pData + 25, m_uDirOffset);
+    GUtPutU32LE(pData + 29, m_uDirSize);
+    GUtPutU32LE(pData + 33, m_uDirPackedSize);
+    GUtPutU32LE(pData + 37, m_uDataOffset);
+    GUtPutU32LE(pData + 41, m_uDataSize);
+    GUtPutU32LE(pData + 45, m_uFileSize);
 }
 
 bool CHeader::Load(IFileSection* pFileSection)

@@ -1,5 +1,6 @@
 #include "Utils/Utility/BlockStore.h"
 
+#include "Utils/Utility/GUtBytes.h"
 #include "Utils/Utility/GUtPath.h"
 
 #include <algorithm>
@@ -12,20 +13,6 @@ namespace GLib::File
 
 namespace
 {
-uint32_t GetU32(const uint8_t* p)
-{
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
-           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
-}
-
-void PutU32(uint8_t* p, uint32_t u)
-{
-    p[0] = static_cast<uint8_t>(u);
-    p[1] = static_cast<uint8_t>(u >> 8);
-    p[2] = static_cast<uint8_t>(u >> 16);
-    p[3] = static_cast<uint8_t>(u >> 24);
-}
-
 // Blocks beyond this are taken for a corrupt header.
 constexpr uint32_t MAX_BLOCK_SIZE = 16 * 1024 * 1024;
 
@@ -60,8 +47,8 @@ bool CBlockStore::Create(const char* pcPath, uint32_t uBlockSize)
     m_entries.clear();
     // Block 0 is the directory: a chain of itself with an empty stream.
     std::vector<uint8_t> block(uBlockSize, 0);
-    PutU32(block.data(), DIRECTORY_BLOCK);
-    PutU32(block.data() + 4, DIRECTORY_BLOCK);
+    GUtPutU32LE(block.data(), DIRECTORY_BLOCK);
+    GUtPutU32LE(block.data() + 4, DIRECTORY_BLOCK);
     m_file.Seek(HEADER_SIZE, IFile::SEEK_FROM_START);
     return _WriteHeader() && m_file.Seek(HEADER_SIZE, IFile::SEEK_FROM_START) >= 0 &&
            m_file.Write(block.data(), uBlockSize) == uBlockSize;
@@ -79,9 +66,9 @@ bool CBlockStore::Open(const char* pcPath, bool bWritable)
     {
         return false;
     }
-    m_uBlockSize = GetU32(acHeader);
-    m_uFirstFree = GetU32(acHeader + 4);
-    m_uBlockCount = GetU32(acHeader + 8);
+    m_uBlockSize = GUtGetU32LE(acHeader);
+    m_uFirstFree = GUtGetU32LE(acHeader + 4);
+    m_uBlockCount = GUtGetU32LE(acHeader + 8);
     const uint64_t uNeeded = HEADER_SIZE + uint64_t(m_uBlockSize) * m_uBlockCount;
     if (m_uBlockSize < 16 || m_uBlockSize > MAX_BLOCK_SIZE || m_uBlockCount == 0 || uNeeded > m_file.Size() ||
         (m_uFirstFree != NO_BLOCK && m_uFirstFree >= m_uBlockCount))
@@ -111,9 +98,9 @@ bool CBlockStore::_ReadDirectory()
         entry.name =
             NormalisePath(std::string_view(reinterpret_cast<const char*>(acRecord),
                                            strnlen(reinterpret_cast<const char*>(acRecord), NAME_SIZE)));
-        entry.uFirstBlock = GetU32(acRecord + 256);
-        entry.uKind = GetU32(acRecord + 260);
-        entry.uUncompressedSize = GetU32(acRecord + 280);
+        entry.uFirstBlock = GUtGetU32LE(acRecord + 256);
+        entry.uKind = GUtGetU32LE(acRecord + 260);
+        entry.uUncompressedSize = GUtGetU32LE(acRecord + 280);
         if (entry.uFirstBlock >= m_uBlockCount || entry.uKind > KIND_ENCRYPTED)
         {
             return false;
@@ -126,9 +113,9 @@ bool CBlockStore::_ReadDirectory()
 bool CBlockStore::_WriteHeader()
 {
     uint8_t acHeader[HEADER_SIZE] = {};
-    PutU32(acHeader, m_uBlockSize);
-    PutU32(acHeader + 4, m_uFirstFree);
-    PutU32(acHeader + 8, m_uBlockCount);
+    GUtPutU32LE(acHeader, m_uBlockSize);
+    GUtPutU32LE(acHeader + 4, m_uFirstFree);
+    GUtPutU32LE(acHeader + 8, m_uBlockCount);
     return m_file.Seek(0, IFile::SEEK_FROM_START) == 0 && m_file.Write(acHeader, HEADER_SIZE) == HEADER_SIZE;
 }
 
@@ -148,16 +135,16 @@ bool CBlockStore::ReadLinks(uint32_t uBlock, uint32_t& uNext, uint32_t& uPrev)
     {
         return false;
     }
-    uNext = GetU32(acLinks);
-    uPrev = GetU32(acLinks + 4);
+    uNext = GUtGetU32LE(acLinks);
+    uPrev = GUtGetU32LE(acLinks + 4);
     return uNext < m_uBlockCount && uPrev < m_uBlockCount;
 }
 
 bool CBlockStore::_WriteLinks(uint32_t uBlock, uint32_t uNext, uint32_t uPrev)
 {
     uint8_t acLinks[LINK_SIZE];
-    PutU32(acLinks, uNext);
-    PutU32(acLinks + 4, uPrev);
+    GUtPutU32LE(acLinks, uNext);
+    GUtPutU32LE(acLinks + 4, uPrev);
     return m_file.Seek(static_cast<int64_t>(_BlockOffset(uBlock)), IFile::SEEK_FROM_START) >= 0 &&
            m_file.Write(acLinks, LINK_SIZE) == LINK_SIZE;
 }
@@ -201,7 +188,7 @@ uint32_t CBlockStore::_TakeBlock()
         {
             return NO_BLOCK;
         }
-        const uint32_t uNextFree = GetU32(acLinks);
+        const uint32_t uNextFree = GUtGetU32LE(acLinks);
         m_uFirstFree = uNextFree < m_uBlockCount ? uNextFree : NO_BLOCK;
         return _WriteHeader() ? uBlock : NO_BLOCK;
     }
@@ -244,8 +231,8 @@ uint32_t CBlockStore::SpliceBlockBehind(uint32_t uBlock)
     {
         return NO_BLOCK;
     }
-    const uint32_t uNext = GetU32(acLinks);
-    const uint32_t uPrev = GetU32(acLinks + 4);
+    const uint32_t uNext = GUtGetU32LE(acLinks);
+    const uint32_t uPrev = GUtGetU32LE(acLinks + 4);
     const uint32_t uNew = _TakeBlock();
     if (uNew == NO_BLOCK || uNext >= m_uBlockCount)
     {
@@ -260,7 +247,7 @@ uint32_t CBlockStore::SpliceBlockBehind(uint32_t uBlock)
     // uBlock -> uNew -> uNext; a one-block chain has uNext == uBlock.
     const bool bOk = _WriteLinks(uNew, uNext, uBlock) &&
                      _WriteLinks(uBlock, uNew, uNext == uBlock ? uNew : uPrev) &&
-                     (uNext == uBlock || _WriteLinks(uNext, GetU32(acNextLinks), uNew));
+                     (uNext == uBlock || _WriteLinks(uNext, GUtGetU32LE(acNextLinks), uNew));
     return bOk ? uNew : NO_BLOCK;
 }
 
@@ -329,9 +316,9 @@ bool CBlockStore::AddEntry(const char* pcName, const void* pData, uint32_t uSize
     }
     uint8_t acRecord[RECORD_SIZE] = {};
     memcpy(acRecord, name.data(), name.size());
-    PutU32(acRecord + 256, uFirst);
-    PutU32(acRecord + 260, eKind);
-    PutU32(acRecord + 280, uSize);
+    GUtPutU32LE(acRecord + 256, uFirst);
+    GUtPutU32LE(acRecord + 260, eKind);
+    GUtPutU32LE(acRecord + 280, uSize);
     UnpackedFile directory(shared_from_this(), DIRECTORY_BLOCK);
     directory.Seek(0, IFile::SEEK_FROM_END);
     bOk = bOk && directory.Write(acRecord, RECORD_SIZE) == RECORD_SIZE;
@@ -351,7 +338,7 @@ UnpackedFile::UnpackedFile(std::shared_ptr<CBlockStore> pStore, uint32_t uFirstB
     uint8_t acStream[CBlockStore::STREAM_HEADER_SIZE];
     if (_Transfer(0, acStream, nullptr, sizeof(acStream)) == sizeof(acStream))
     {
-        m_uSize = GetU32(acStream + 4);
+        m_uSize = GUtGetU32LE(acStream + 4);
     }
 }
 
@@ -453,7 +440,7 @@ uint32_t UnpackedFile::Write(const void* pBuffer, uint32_t uCount)
 bool UnpackedFile::_StoreSize()
 {
     uint8_t acSize[4];
-    PutU32(acSize, m_uSize);
+    GUtPutU32LE(acSize, m_uSize);
     return _Transfer(4, nullptr, acSize, 4) == 4;
 }
 

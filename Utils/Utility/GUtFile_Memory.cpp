@@ -1,6 +1,8 @@
 // GUtFile: memory mode and compressed mode. Both keep the file's bytes in m_memBuffer; the
 // back end sees one raw read or write per file (or per block), with the key blanked.
 #include "Utils/Utility/GUtDebug.h"
+
+#include "Utils/Utility/GUtBytes.h"
 #include "Utils/Utility/GUtFile.h"
 #include "Utils/Utility/GUtInflate.h"
 
@@ -17,20 +19,6 @@ constexpr uint32_t MAX_COMPRESSED_BLOCK = 100000000;
 const char* const INIT_TITLE = "GUtFile::_InitCompressData() error !";
 const char* const UNCOMPRESS_TITLE = "GUtFile::_UnCompress() error !";
 const char* const DEINIT_TITLE = "GUtFile::_DeInitCompressData() error !";
-
-void PutU32(uint8_t* p, uint32_t u)
-{
-    p[0] = static_cast<uint8_t>(u);
-    p[1] = static_cast<uint8_t>(u >> 8);
-    p[2] = static_cast<uint8_t>(u >> 16);
-    p[3] = static_cast<uint8_t>(u >> 24);
-}
-
-uint32_t GetU32(const uint8_t* p)
-{
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
-           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
-}
 
 int ZlibLevel(int32_t iSelector)
 {
@@ -197,7 +185,7 @@ bool GUtFile::_InitCompressData()
         GUtLog::Get().DisplayMsg(false, 1, INIT_TITLE, "read src. buffer fail !");
         return false;
     }
-    m_ulDataForDecompressSize = GetU32(acSize);
+    m_ulDataForDecompressSize = GUtGetU32LE(acSize);
     if (m_ulDataForDecompressSize >= MAX_COMPRESSED_BLOCK)
     {
         GUtLog::Get().DisplayMsg(true, 1, "Assertion Info.",
@@ -229,7 +217,7 @@ bool GUtFile::_UnCompress()
         GUtLog::Get().DisplayMsg(false, 1, UNCOMPRESS_TITLE, "Read Compress Data size fail");
         return false;
     }
-    const uint32_t uOriginalSize = GetU32(acSize);
+    const uint32_t uOriginalSize = GUtGetU32LE(acSize);
     if (uOriginalSize > INT32_MAX)
     {
         GUtLog::Get().DisplayMsg(false, 1, UNCOMPRESS_TITLE, "Uncompress Data fail !");
@@ -277,12 +265,12 @@ bool GUtFile::_DeInitCompressData(bool bFinal)
     }
     // The block's bytes go out as they are: the key was applied as they came in.
     uint8_t acSize[4];
-    PutU32(acSize, static_cast<uint32_t>(ulDestLen));
+    GUtPutU32LE(acSize, static_cast<uint32_t>(ulDestLen));
     int32_t iNumBytesWritten = m_pBackend->Write(acSize, 4, nullptr);
     GUT_ASSERT(iNumBytesWritten == sizeof(uint32_t));
     iNumBytesWritten = m_pBackend->Write(packed.data(), static_cast<int32_t>(ulDestLen), nullptr);
     GUT_ASSERT(iNumBytesWritten == static_cast<int32_t>(ulDestLen) && "GUtFile: Compress Data fail !");
-    PutU32(acSize, static_cast<uint32_t>(uSourceLen));
+    GUtPutU32LE(acSize, static_cast<uint32_t>(uSourceLen));
     iNumBytesWritten = m_pBackend->Write(acSize, 4, nullptr);
     GUT_ASSERT(iNumBytesWritten == sizeof(uint32_t));
 

@@ -1,6 +1,7 @@
 #include "Utils/Utility/IFile.h"
 
 #include "Utils/Utility/BlockStore.h"
+#include "Utils/Utility/GUtBytes.h"
 #include "Utils/Utility/GUtPath.h"
 
 #include <algorithm>
@@ -17,20 +18,6 @@ namespace GLib::File
 
 namespace
 {
-uint32_t GetU32(const uint8_t* p)
-{
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
-           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
-}
-
-void PutU32(uint8_t* p, uint32_t u)
-{
-    p[0] = static_cast<uint8_t>(u);
-    p[1] = static_cast<uint8_t>(u >> 8);
-    p[2] = static_cast<uint8_t>(u >> 16);
-    p[3] = static_cast<uint8_t>(u >> 24);
-}
-
 // The text copied into a zeroed 32-byte buffer; the cipher takes its first 128 bits.
 void BuildKey(uint8_t acKey[32])
 {
@@ -282,7 +269,7 @@ EncryptedFile::EncryptedFile(std::unique_ptr<IFile> pSource) : m_pSource(std::mo
     {
         return;
     }
-    const uint32_t uCipherLength = GetU32(acLength);
+    const uint32_t uCipherLength = GUtGetU32LE(acLength);
     // The smallest sound cipher text holds the CRC and the length: one block.
     if (uCipherLength < 16 || uCipherLength % 16 != 0 || uCipherLength > m_pSource->Size() - 4)
     {
@@ -294,12 +281,12 @@ EncryptedFile::EncryptedFile(std::unique_ptr<IFile> pSource) : m_pSource(std::mo
     {
         return;
     }
-    const uint32_t uLength = GetU32(plain.data() + uCipherLength - 4);
+    const uint32_t uLength = GUtGetU32LE(plain.data() + uCipherLength - 4);
     if (uLength > uCipherLength - 8)
     {
         return;
     }
-    m_uStoredCrc = GetU32(plain.data() + uCipherLength - 8);
+    m_uStoredCrc = GUtGetU32LE(plain.data() + uCipherLength - 8);
     plain.resize(uLength);
     m_content.swap(plain);
     m_uLength = uLength;
@@ -374,10 +361,10 @@ bool EncryptedFile::_Rewrite()
     uint8_t* pPlain = block.data() + 4;
     memcpy(pPlain, m_content.data(), m_uLength);
     const uint32_t uCrc = static_cast<uint32_t>(crc32(0L, m_content.data(), m_uLength));
-    PutU32(pPlain + uPadded - 8, uCrc);
-    PutU32(pPlain + uPadded - 4, m_uLength);
+    GUtPutU32LE(pPlain + uPadded - 8, uCrc);
+    GUtPutU32LE(pPlain + uPadded - 4, m_uLength);
     m_uStoredCrc = uCrc;
-    PutU32(block.data(), uPadded);
+    GUtPutU32LE(block.data(), uPadded);
     if (!EncryptBlocks(pPlain, uPadded))
     {
         return false;
