@@ -16,6 +16,7 @@
 #include "engine/physics/PhysicsWorld.h"
 #include "engine/render_device/RenderDevice.h"
 #include "engine/renderer/RenderWorld.h"
+#include "engine/utility/AsyncLoader.h"
 #include "engine/utility/FrameProfiler.h"
 #include "fx_editor/FxEditor.h"
 #include "scene_editor/SceneEditor.h"
@@ -95,6 +96,10 @@ bool CEditorApp::RunFrame()
     m_pMaterialManager->Tick();
     m_pLodMeshManager->Tick();
     m_pFxManager->Tick();
+    if (m_pAsyncLoader)
+    {
+        m_pAsyncLoader->Tick(3);
+    }
     m_pRenderDevice->Unlock();
     _RecordProfile();                 // 13
     m_pThreadRenderer->FinishFrame(); // 14

@@ -250,6 +250,7 @@ const std::vector<std::string> START_UP = {
 
 const std::vector<std::string> SHUT_DOWN = {
     "shutdown 2 CAppThreadRenderer",
+    "shutdown 3 CLuaScript",
     "shutdown 3 control state",
     "shutdown 4 MainWindow",
     "shutdown 4 CCharacterEditor",
@@ -265,6 +266,7 @@ const std::vector<std::string> SHUT_DOWN = {
     "shutdown 5 physics world 0",
     "shutdown 5 physics world 1",
     "shutdown 5 CRenderWorld",
+    "shutdown 6 CAsyncLoader",
     "shutdown 6 CPhysicsSdk",
     "shutdown 7 system output",
     "shutdown 8 CAppConsoleCallback",
