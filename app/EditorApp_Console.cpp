@@ -2,6 +2,7 @@
 #include "app/EditorApp.h"
 
 #include "app/ConsoleCommands.h"
+#include "app/GameTables.h"
 #include "app/NullEngine.h"
 #include "engine/audio/AudioDevice.h"
 #include "engine/ext/Console.h"
@@ -132,6 +133,10 @@ void CEditorApp::_CreateScripting()
     m_pSceneEditor->SetScript(m_pLuaScript);
     RegisterConsoleCommands(*m_pLuaScript);
     _LoadGameTables();
+    for (CNullScene* pScene : m_apScenes)
+    {
+        pScene->SetEntityProperties(&CGameTables::Get().entityProperty);
+    }
     m_pEnvironmentAnimator = new CNullAnimator("CEnvironmentAnimator");
     m_pScriptedLightAnimator = new CNullAnimator("CScriptedLightAnimator");
 }
@@ -152,7 +157,10 @@ void CEditorApp::_DestroyScript()
     CLuaScript::SetGlobalErrorHook(nullptr);
 }
 
-void CEditorApp::_LoadGameTables() {}
+void CEditorApp::_LoadGameTables()
+{
+    CGameTables::Get().LoadAll(m_strScriptPath.ToStd(), m_strTablePath.ToStd());
+}
 
 bool CEditorApp::_RunLua(const char* pcLine)
 {

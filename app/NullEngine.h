@@ -229,6 +229,9 @@ public:
     virtual ~CNullScene() = default;
     void SetPaths(const std::string& strFx, const std::string& strCharacter, const std::string& strModel);
     const std::string& GetModelPath() const { return m_strModelPath; }
+    // The EntityProperty table the scene's entities look their kinds up in (not owned).
+    void SetEntityProperties(const void* pTable) { m_pEntityProperties = pTable; }
+    const void* GetEntityProperties() const { return m_pEntityProperties; }
     void SetCharacterLod(int iLod) { m_iCharacterLod = iLod; }
     int GetCharacterLod() const { return m_iCharacterLod; }
     void Update(float fTimeStep) { m_fTime += fTimeStep; }
@@ -240,6 +243,7 @@ private:
     std::string m_strModelPath;
     int m_iCharacterLod = 0;
     float m_fTime = 0.0f;
+    const void* m_pEntityProperties = nullptr;
 };
 
 } // namespace Ovrel

@@ -1,6 +1,7 @@
 #include "app/EditorApp.h"
 #include "app/AppOutput.h"
 #include "app/AppServices.h"
+#include "app/GameTables.h"
 #include "app/NullEngine.h"
 #include "app/WinInputDevice.h"
 #include "editor_common/ControlState.h"
@@ -533,4 +534,85 @@ TEST_F(EditorAppTest, WindowMessagesReachTheConsoleAndTheWindowPlace)
     app.OnWindowMessage(WM::MOVE, 0, 0, bHandled);
     app.OnWindowMessage(WM::QUIT, 0, 0, bHandled);
     EXPECT_TRUE(app.IsQuitRequested());
+}
+
+TEST_F(EditorAppTest, AudioLuaGivesTheDeviceItsSettingsBanksAndCategories)
+{
+    std::filesystem::create_directories("Audio");
+    std::ofstream("Audio/audio.lua") << "GlobalSettings = \"global.xgs\"\n"
+                                        "SoundRPCs = { Volume = 1, Pitch = 2 }\n"
+                                        "MemoryWaveBanks = { \"m0.xwb\", \"m1.xwb\" }\n"
+                                        "StreamWaveBanks = { \"s0.xwb\" }\n"
+                                        "SoundBanks = { \"a.xsb\", \"b.xsb\" }\n"
+                                        "RPCs = { [3] = { 1, 2, 3 }, [1] = { 5 } }\n";
+    // The folder as the data tree writes it: a backslash, and another case than on disk.
+    std::ofstream("Editor.cfg") << "<MainWindow/><MaterialEditor/><SceneEditor><AudioPath>audio\\</AudioPath>"
+                                   "</SceneEditor>";
+    CEditorApp app;
+    Prepare(app);
+    ASSERT_TRUE(app.Initialize(0, nullptr));
+    ASSERT_NE(m_factory.pAudio, nullptr);
+    EXPECT_EQ(m_factory.pAudio->calls,
+              (std::vector<std::string>{"Init audio\\global.xgs Pitch=2 Volume=1",
+                                        "LoadWaveBank audio\\m0.xwb 0 0", "LoadWaveBank audio\\m1.xwb 0 1",
+                                        "LoadWaveBank audio\\s0.xwb 16 2", "LoadSoundBank audio\\a.xsb 0",
+                                        "LoadSoundBank audio\\b.xsb 1", "SetRpcs 1:1 3:3",
+                                        "SetCategoryVolume Global 5", "SetCategoryVolume Default 5",
+                                        "SetCategoryVolume Speech 5", "SetCategoryVolume Music 5"}));
+    EXPECT_TRUE(g_boxes.empty());
+}
+
+TEST_F(EditorAppTest, WithoutAudioLuaTheDeviceStartsWithNoSettings)
+{
+    CEditorApp app;
+    Prepare(app);
+    ASSERT_TRUE(app.Initialize(0, nullptr));
+    ASSERT_NE(m_factory.pAudio, nullptr);
+    EXPECT_EQ(m_factory.pAudio->calls.front(), "Init ");
+    EXPECT_EQ(m_factory.pAudio->calls.size(), 6u); // Init, no banks, the RPC table, four categories
+}
+
+TEST_F(EditorAppTest, TheGameTablesLoadFromTheirFoldersAndMissingOnesStayEmpty)
+{
+    std::filesystem::create_directories("Script");
+    std::filesystem::create_directories("table");
+    std::ofstream("Script/attack.lua") << "Attack = { Slash = 10 }\n";
+    std::ofstream("Script/Camera.lua") << "Camera = { Fov = 60 }\n";
+    std::ofstream("Script/EntityProperty.lua") << "EntityProperty = { }\n";
+    std::ofstream("table/SessionNPC.xml") << "<npcs><npc id=\"1\"/></npcs>";
+    std::ofstream("table/SNPCConfig.xml") << "<config><broken";
+    std::ofstream("Editor.cfg")
+        << "<MainWindow/><MaterialEditor/><SceneEditor><ScriptPath>script\\</ScriptPath>"
+           "<TablePath>table\\</TablePath></SceneEditor>";
+    CEditorApp app;
+    Prepare(app);
+    ASSERT_TRUE(app.Initialize(0, nullptr));
+    CGameTables& tables = CGameTables::Get();
+    EXPECT_TRUE(tables.attack.IsLoaded()); // another case on disk: found through the path layer
+    EXPECT_EQ(tables.attack.GetGlobal().GetTable().Count(), 1);
+    EXPECT_FALSE(tables.attackInfo.IsLoaded());
+    EXPECT_EQ(tables.attackInfo.GetFileName(), "table\\AttackInfo.xml");
+    EXPECT_FALSE(tables.mapping.IsLoaded());
+    EXPECT_TRUE(tables.camera.IsLoaded());
+    EXPECT_TRUE(tables.entityProperty.IsLoaded());
+    EXPECT_TRUE(tables.sessionNpc.IsLoaded());
+    EXPECT_FALSE(tables.snpcConfig.IsLoaded()); // broken: empty
+    EXPECT_TRUE(tables.AreCrossReferencesResolved());
+    EXPECT_EQ(app.GetMainScene()->GetEntityProperties(), &tables.entityProperty);
+    EXPECT_EQ(app.GetSecondaryScene()->GetEntityProperties(), &tables.entityProperty);
+    EXPECT_TRUE(g_boxes.empty()); // missing tables are log lines, not boxes
+    tables.Clear();
+}
+
+TEST_F(EditorAppTest, WithOnlyAMainWindowSectionNoTableLoads)
+{
+    std::ofstream("Editor.cfg") << "<MainWindow><X>1</X></MainWindow>";
+    CGameTables::Get().Clear();
+    CEditorApp app;
+    Prepare(app);
+    ASSERT_TRUE(app.Initialize(0, nullptr));
+    EXPECT_STREQ(app.GetShaderPath().c_str(), "..\\shader\\");
+    EXPECT_STREQ(app.GetScriptPath().c_str(), "");
+    EXPECT_EQ(CGameTables::Get().attack.GetFileName(), ""); // not even tried
+    EXPECT_EQ(CGameTables::Get().sessionNpc.GetFileName(), "");
 }
