@@ -129,13 +129,11 @@ void CEditorApp::_UpdateWorld(float fScaled)
     m_apPhysicsWorlds[0]->Fetch();
     m_apPhysicsWorlds[1]->Step(fScaled);
     m_pEnvironmentAnimator->Update(fScaled);
+    static const uint16_t s_uSceneRegion = Kestrin::Utility::CFrameProfiler::Get().RegisterRegion("Scene");
+    for (CNullScene* pScene : m_apScenes) // both scenes count in the one region "Scene"
     {
-        KESTRIN_PROFILE_SCOPE("Scene");
-        m_apScenes[0]->Update(fScaled);
-    }
-    {
-        KESTRIN_PROFILE_SCOPE("Scene");
-        m_apScenes[1]->Update(fScaled);
+        Kestrin::Utility::CProfileScope scope(s_uSceneRegion);
+        pScene->Update(fScaled);
     }
     m_pEditorCamera->Update(fScaled, *m_pControlState);
     m_pLensFlare->Update();
