@@ -98,7 +98,13 @@ TEST_F(AppPartsTest, SystemOutputPrintsInTheLevelsColoursAndShowsABoxFromLevelOn
     EXPECT_EQ(lines[lines.size() - 2].strText, "warning");
     EXPECT_EQ(lines[lines.size() - 2].uColour, 0xffff00u);
     EXPECT_EQ(g_boxes, (std::vector<std::string>{"[] warning\n"}));
-    EXPECT_DEATH(output.Print(2, "fatal\n"), "fatal");
+}
+
+TEST(AppSystemOutput, LevelTwoEndsTheProcess)
+{
+    // Without an application (and its threads): the fork of the death test stays simple.
+    CAppSystemOutput output(nullptr);
+    EXPECT_DEATH(output.Print(2, "fatal text\n"), "fatal text");
 }
 
 TEST_F(AppPartsTest, TheManagerTellsTheOtherEditorsOfARemovedEntityAndSelectsOnlyWithAWindow)
