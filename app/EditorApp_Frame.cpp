@@ -68,6 +68,10 @@ void CEditorApp::Run()
 
 bool CEditorApp::RunFrame()
 {
+    if (!m_pThreadRenderer) // not started, or shut down already
+    {
+        return false;
+    }
     const double dNow = GUtGetClock().NowMilliseconds();
     const float fStep = m_timing.Step(dNow, m_bSmoothTimer); // 1 to 4
     ++m_iFrame;
