@@ -30,7 +30,8 @@ for ratios in sorted(here.glob("*.ratios")):
             continue
     wanted = "^(" + "|".join(re.escape(n) for n in sorted(names)) + ")$"
     out = subprocess.run([str(binary), f"--benchmark_filter={wanted}", "--benchmark_repetitions=3",
-                          "--benchmark_report_aggregates_only=true", "--benchmark_format=json"],
+                          "--benchmark_report_aggregates_only=true", "--benchmark_format=json",
+                          "--benchmark_enable_random_interleaving=true"],
                          capture_output=True, text=True)
     if out.returncode != 0:
         print(out.stderr, file=sys.stderr)
