@@ -4,7 +4,10 @@
 
 #include "engine/utility/Math.h"
 
+#include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace Kestrin::Audio
 {
@@ -27,12 +30,35 @@ protected:
     virtual ~IAudio() = default;
 };
 
+// Where the sound is heard from: the editor camera's position and forward direction.
+struct CAudioListener
+{
+    Kestrin::Utility::CVec3 vPosition;
+    Kestrin::Utility::CVec3 vForward{0.0f, 0.0f, 1.0f};
+};
+
 class IAudioDevice
 {
 public:
     virtual ~IAudioDevice() = default;
     IAudioDevice(const IAudioDevice&) = delete;
     IAudioDevice& operator=(const IAudioDevice&) = delete;
+
+    // Starts the device with the global settings file (a path; empty: none) and the sound
+    // RPCs of "audio.lua" (name and value). False: the device can't play, and the caller
+    // falls back to the null device.
+    virtual bool Init(const std::string& strSettingsFile,
+                      const std::vector<std::pair<std::string, float>>& soundRpcs) = 0;
+    // Loads a wave bank into slot iIndex; iFlags 0 keeps it in memory, 16 streams it. False
+    // when the bank can't be read.
+    virtual bool LoadWaveBank(const std::string& strFile, int32_t iFlags, int32_t iIndex) = 0;
+    // Loads a sound bank into slot iIndex. False when the bank can't be read.
+    virtual bool LoadSoundBank(const std::string& strFile, int32_t iIndex) = 0;
+    // The RPC curves: each control key with its list of values, in one call.
+    virtual void SetRpcs(const std::vector<std::pair<int32_t, std::vector<float>>>& rpcs) = 0;
+    virtual void SetCategoryVolume(const std::string& strCategory, float fVolume) = 0;
+    // Once a frame: the listener and the real (unscaled) time step in seconds.
+    virtual void Update(const CAudioListener& listener, float fTimeStep) = 0;
 
     // A new, silent instance owned by the caller until DestroyAudio; null when the device
     // cannot play.
@@ -50,6 +76,12 @@ class CNullAudioDevice final : public IAudioDevice
 public:
     CNullAudioDevice() = default;
 
+    bool Init(const std::string&, const std::vector<std::pair<std::string, float>>&) override { return true; }
+    bool LoadWaveBank(const std::string&, int32_t, int32_t) override { return true; }
+    bool LoadSoundBank(const std::string&, int32_t) override { return true; }
+    void SetRpcs(const std::vector<std::pair<int32_t, std::vector<float>>>&) override {}
+    void SetCategoryVolume(const std::string&, float) override {}
+    void Update(const CAudioListener&, float) override {}
     IAudio* CreateAudio() override { return nullptr; }
     void DestroyAudio(IAudio*) override {}
 };

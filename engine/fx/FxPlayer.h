@@ -3,7 +3,10 @@
 // CNullFxPlayer and CNullFxCharacterManager stand in and make nothing.
 #pragma once
 
+#include "engine/audio/AudioDevice.h"
+#include "engine/physics/PhysicsWorld.h"
 #include "engine/renderer/RenderObject.h"
+#include "engine/renderer/RenderWorld.h"
 #include "engine/utility/Math.h"
 
 #include <cstdint>
@@ -13,6 +16,7 @@ namespace Kestrin::Fx
 {
 
 using Kestrin::Utility::CMatrix44;
+using Kestrin::Utility::CVec3;
 
 // One playing effect.
 class CFx
@@ -46,6 +50,20 @@ public:
     CFxPlayer(const CFxPlayer&) = delete;
     CFxPlayer& operator=(const CFxPlayer&) = delete;
 
+    // Binds the player to its world: render objects, physics and sound. False when the
+    // render world is missing.
+    virtual bool Initialize(Kestrin::Ext::CRenderWorld* pRenderWorld,
+                            Kestrin::Physics::CPhysicsWorld* pPhysics,
+                            Kestrin::Audio::IAudioDevice* pAudio) = 0;
+    // Running effects are spread over this many groups, one group updated a frame.
+    virtual void SetUpdateGroupCount(int32_t iCount) = 0;
+    // The level of detail; running effects are told at once.
+    virtual void SetLod(int32_t iLod) = 0;
+    // The camera the effects play for: its world transform and position.
+    virtual void SetCamera(const CMatrix44& mCamera, const CVec3& vPosition) = 0;
+    // Advances every running effect by the scaled step (seconds).
+    virtual void Update(float fTimeStep) = 0;
+
     // Loads the `.eff` file and starts it; null when it cannot be had.
     virtual CFx* CreateFx(const std::string& strFxFile) = 0;
     // Marks the effect dying; the player destroys it at its next update. Null does nothing.
@@ -60,8 +78,26 @@ class CNullFxPlayer final : public CFxPlayer
 public:
     CNullFxPlayer() = default;
 
+    bool Initialize(Kestrin::Ext::CRenderWorld* pRenderWorld, Kestrin::Physics::CPhysicsWorld*,
+                    Kestrin::Audio::IAudioDevice*) override
+    {
+        return pRenderWorld != nullptr;
+    }
+    void SetUpdateGroupCount(int32_t iCount) override { m_iUpdateGroups = iCount; }
+    void SetLod(int32_t iLod) override { m_iLod = iLod; }
+    void SetCamera(const CMatrix44&, const CVec3&) override {}
+    void Update(float fTimeStep) override { m_fTime += fTimeStep; }
+    int32_t GetUpdateGroupCount() const { return m_iUpdateGroups; }
+    int32_t GetLod() const { return m_iLod; }
+    float GetTime() const { return m_fTime; }
+
     CFx* CreateFx(const std::string&) override { return nullptr; }
     void Stop(CFx*) override {}
+
+private:
+    int32_t m_iUpdateGroups = 0;
+    int32_t m_iLod = 0;
+    float m_fTime = 0.0f;
 };
 
 // A character driven by its configuration: equipment, actions, attached effects.

@@ -91,12 +91,46 @@ struct CRayHit
     CVec3 vNormal;
 };
 
+// The physics service: initialised once at start-up; every world is made with it.
+class CPhysicsSdk
+{
+public:
+    virtual ~CPhysicsSdk() = default;
+    CPhysicsSdk(const CPhysicsSdk&) = delete;
+    CPhysicsSdk& operator=(const CPhysicsSdk&) = delete;
+
+    // False when the service is not installed; the application then stops with
+    // "Please install PhysX.".
+    virtual bool Initialize() = 0;
+    virtual void Shutdown() = 0;
+
+protected:
+    CPhysicsSdk() = default;
+};
+
+// The SDK of a system without physics: it starts, and its worlds are null worlds.
+class CNullPhysicsSdk final : public CPhysicsSdk
+{
+public:
+    CNullPhysicsSdk() = default;
+
+    bool Initialize() override { return true; }
+    void Shutdown() override {}
+};
+
 class CPhysicsWorld
 {
 public:
     virtual ~CPhysicsWorld() = default;
     CPhysicsWorld(const CPhysicsWorld&) = delete;
     CPhysicsWorld& operator=(const CPhysicsWorld&) = delete;
+
+    // Makes the world's scene in the SDK. False when the SDK is missing or can't make one.
+    virtual bool Initialize(CPhysicsSdk* pSdk) = 0;
+    // Starts the simulation of one step (seconds); Fetch waits for its results. A world may
+    // be stepped again without a fetch: the second world of the application is.
+    virtual void Step(float fTimeStep) = 0;
+    virtual void Fetch() = 0;
 
     // Loads the collision shape file (a data path, `.col`) and builds an actor in this world.
     // Null when the shape cannot be had.
@@ -119,10 +153,18 @@ class CNullPhysicsWorld final : public CPhysicsWorld
 public:
     CNullPhysicsWorld() = default;
 
+    bool Initialize(CPhysicsSdk* pSdk) override { return pSdk != nullptr; }
+    void Step(float fTimeStep) override { m_fTime += fTimeStep; }
+    void Fetch() override {}
+    float GetSimulatedTime() const { return m_fTime; }
+
     CPhysicsObject* CreateObject(const std::string&, bool) override { return nullptr; }
     CPhysicsObject* CreateObjectFromMesh(const std::string&) override { return nullptr; }
     CClothObject* CreateCloth(const std::string&) override { return nullptr; }
     bool RayCast(const CVec3&, const CVec3&, CRayHit&, uint32_t) override { return false; }
+
+private:
+    float m_fTime = 0.0f;
 };
 
 } // namespace Kestrin::Physics

@@ -187,6 +187,12 @@ public:
     CRenderWorld(const CRenderWorld&) = delete;
     CRenderWorld& operator=(const CRenderWorld&) = delete;
 
+    // Lays the grid of cells that visibility walks: lower and upper corners and the cell
+    // size (z unused). False for an empty grid or a cell size of 0 or less.
+    virtual bool InitGrid(const CVec3& vMin, const CVec3& vMax, const CVec3& vCell) = 0;
+    // Once a frame, on the main thread under the device lock.
+    virtual void Tick() = 0;
+
     // An instance of the model in a `.mesh` file, added to the world; its mesh may still
     // load when bAsync. Null when the mesh cannot be had.
     virtual CLodMeshRenderObject* CreateLodMeshObject(const std::string& strMeshFile, bool bAsync) = 0;
@@ -206,11 +212,20 @@ class CNullRenderWorld final : public CRenderWorld
 public:
     CNullRenderWorld() = default;
 
+    bool InitGrid(const CVec3& vMin, const CVec3& vMax, const CVec3& vCell) override;
+    void Tick() override {}
+    int32_t GetCellsX() const { return m_iCellsX; }
+    int32_t GetCellsY() const { return m_iCellsY; }
+
     CLodMeshRenderObject* CreateLodMeshObject(const std::string&, bool) override { return nullptr; }
     CBaseRenderLight* CreateLight() override { return nullptr; }
     CBaseRenderOccluder* CreateOccluder() override { return nullptr; }
     CBaseRenderPortal* CreatePortal() override { return nullptr; }
     CBaseRenderZone* CreateZone() override { return nullptr; }
+
+private:
+    int32_t m_iCellsX = 0;
+    int32_t m_iCellsY = 0;
 };
 
 } // namespace Kestrin::Ext

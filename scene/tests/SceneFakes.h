@@ -117,6 +117,8 @@ public:
 class CFakeRenderWorld final : public Ext::CRenderWorld
 {
 public:
+    bool InitGrid(const CVec3&, const CVec3&, const CVec3&) override { return true; }
+    void Tick() override {}
     Ext::CLodMeshRenderObject* CreateLodMeshObject(const std::string& strFile, bool) override
     {
         if (strFile.find("missing") != std::string::npos)
@@ -178,6 +180,9 @@ public:
 class CFakePhysicsWorld final : public Physics::CPhysicsWorld
 {
 public:
+    bool Initialize(Physics::CPhysicsSdk*) override { return true; }
+    void Step(float) override {}
+    void Fetch() override {}
     Physics::CPhysicsObject* CreateObject(const std::string& strFile, bool) override
     {
         requested.push_back(strFile);
@@ -223,6 +228,12 @@ public:
 class CFakeAudioDevice final : public Audio::IAudioDevice
 {
 public:
+    bool Init(const std::string&, const std::vector<std::pair<std::string, float>>&) override { return true; }
+    bool LoadWaveBank(const std::string&, int32_t, int32_t) override { return true; }
+    bool LoadSoundBank(const std::string&, int32_t) override { return true; }
+    void SetRpcs(const std::vector<std::pair<int32_t, std::vector<float>>>&) override {}
+    void SetCategoryVolume(const std::string&, float) override {}
+    void Update(const Audio::CAudioListener&, float) override {}
     Audio::IAudio* CreateAudio() override
     {
         sounds.push_back(std::make_unique<CFakeAudio>());
