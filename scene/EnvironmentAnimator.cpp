@@ -91,10 +91,9 @@ CEnvironmentValues BlendEnvironment(const CEnvironmentValues& a, const CEnvironm
 
 CEnvironmentAnimator::CEnvironmentAnimator(CScene* pScene) : m_pScene(pScene) {}
 
-CEnvironmentAnimator::~CEnvironmentAnimator()
-{
-    Stop();
-}
+// The scene may be gone already (the application destroys the animator after its scenes);
+// a blend left behind lives and dies with its entity.
+CEnvironmentAnimator::~CEnvironmentAnimator() = default;
 
 bool CEnvironmentAnimator::Add(const std::string& strName, float fStartTime, float fEndTime,
                                const std::string& strTarget)

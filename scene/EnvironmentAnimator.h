@@ -39,7 +39,9 @@ public:
         std::string strTarget;
     };
 
+    // Animates the environment of pScene (not owned), which may be destroyed first.
     explicit CEnvironmentAnimator(CScene* pScene);
+    // Touches no scene.
     virtual ~CEnvironmentAnimator();
     CEnvironmentAnimator(const CEnvironmentAnimator&) = delete;
     CEnvironmentAnimator& operator=(const CEnvironmentAnimator&) = delete;

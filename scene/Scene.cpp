@@ -27,6 +27,14 @@ void CScene::SetManager(CSceneManager* pManager, int32_t iSceneId)
     m_iSceneId = iSceneId;
 }
 
+void CScene::SetPaths(const std::string& strFxFolder, const std::string& strCharacterFolder,
+                      const std::string& strModelFolder)
+{
+    m_strFxFolderOverride = strFxFolder;
+    m_strCharacterFolder = strCharacterFolder;
+    m_strModelFolderOverride = strModelFolder;
+}
+
 CSceneFolders CScene::GetFolders() const
 {
     CSceneFolders folders;

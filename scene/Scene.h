@@ -23,6 +23,10 @@ namespace Kestrin::Renderer
 {
 class IRendererSettings;
 }
+namespace GLib::Script
+{
+class CScriptValue;
+}
 
 namespace Ovrel
 {
@@ -57,6 +61,15 @@ public:
     void SetTextureFolderOverride(const std::string& s) { m_strTextureFolderOverride = s; }
     void SetFxFolderOverride(const std::string& s) { m_strFxFolderOverride = s; }
     void SetModelFolderOverride(const std::string& s) { m_strModelFolderOverride = s; }
+    // The application's data folders for scenes: effects and models become the fx and model
+    // overrides; characters placed in scenes are looked for in the character folder.
+    void SetPaths(const std::string& strFxFolder, const std::string& strCharacterFolder,
+                  const std::string& strModelFolder);
+    const std::string& GetCharacterFolder() const { return m_strCharacterFolder; }
+    // The game's EntityProperty table, which game objects look their kinds up in (not owned;
+    // null: none).
+    void SetEntityProperties(const GLib::Script::CScriptValue* pTable) { m_pEntityProperties = pTable; }
+    const GLib::Script::CScriptValue* GetEntityProperties() const { return m_pEntityProperties; }
     // The folders a read resolves resource names against: textures, materials, meshes and
     // collision shapes on the scene's folder, the others on their overrides where set.
     CSceneFolders GetFolders() const;
@@ -227,6 +240,8 @@ private:
     IAssetStore* m_pAssetStore = nullptr;
     CScenePropFile m_props;
     bool m_bLoaded = false;
+    std::string m_strCharacterFolder;
+    const GLib::Script::CScriptValue* m_pEntityProperties = nullptr;
 };
 
 } // namespace Ovrel

@@ -77,6 +77,12 @@ bool CSceneManager::UnloadScene(const std::string& strName)
     return m_scenes.erase(strName) != 0;
 }
 
+void CSceneManager::UnloadAll()
+{
+    m_loading.clear();
+    m_scenes.clear();
+}
+
 void CSceneManager::Update(float fTime, float fDelta)
 {
     for (auto& [strName, pScene] : m_scenes)

@@ -52,6 +52,8 @@ public:
     CScene* FindScene(const std::string& strName) const;
     // Destroys the scene of that name; false when there is none.
     bool UnloadScene(const std::string& strName);
+    // Destroys every scene it holds.
+    void UnloadAll();
     int32_t GetSceneCount() const { return static_cast<int32_t>(m_scenes.size()); }
 
     // Each scene's Update (which activates what arrived); a scene whose load finished since
