@@ -1,11 +1,14 @@
 #include "app/ConsoleCommands.h"
 
+#include "Utils/Utility/GUtPath.h"
 #include "app/EditorApp.h"
 #include "app/EditorManager.h"
 #include "app/NullEngine.h"
 #include "editor_common/EditorCamera.h"
 #include "engine/ext/Console.h"
 #include "engine/utility/SystemOutput.h"
+#include "scene/EnvironmentAnimator.h"
+#include "scene/Scene.h"
 #include "script/LuaScript.h"
 
 #include <cstdlib>
@@ -139,12 +142,16 @@ int LuaProfile(lua_State* pState)
     return 0;
 }
 
+// Scene(name): the main scene opens "Scene\<name>\<name>" through the background loader; a
+// file that does not load says so in the log when the loader gets to it.
 int LuaScene(lua_State* pState)
 {
-    (void)pState;
-    if (App()->GetMainScene())
+    CLuaCall call(pState);
+    CScene* pScene = App()->GetMainScene();
+    if (pScene)
     {
-        PrintNotLoaded("Scene", "the scene");
+        const std::string strName = call.ArgString(0);
+        pScene->Open(GUtPath::ToSlashes("Scene\\" + strName + "\\" + strName), true);
     }
     return 0;
 }
@@ -212,9 +219,13 @@ int LuaActiveEnvAnim(lua_State* pState)
     {
         return call.Error("ActiveEnvAnim error ! need 1 arguments.");
     }
-    CNullAnimator* pAnimator = App()->GetEnvironmentAnimator();
+    CEnvironmentAnimator* pAnimator = App()->GetEnvironmentAnimator();
     const char* pcName = call.ArgString(0);
-    if (!pAnimator || !pAnimator->Activate(pcName))
+    if (pAnimator)
+    {
+        pAnimator->ActiveEnvAnim(pcName); // prints the failure itself
+    }
+    else
     {
         Kestrin::Utility::Printf("ActiveEnvAnim env: \"%s\" not founded.\n", pcName);
     }

@@ -12,6 +12,7 @@
 #include "engine/ext/Plotter2D.h"
 #include "engine/fx/FxPlayer.h"
 #include "engine/render_device/RenderDevice.h"
+#include "scene/Scene.h"
 #include "scene_editor/SceneEditor.h"
 
 #include <atomic>
@@ -106,7 +107,7 @@ void CEditorApp::SetCharacterLod(int iLod)
 {
     if (m_apScenes[0])
     {
-        m_apScenes[0]->SetCharacterLod(iLod);
+        m_apScenes[0]->SetCharacterQuality(iLod);
     }
 }
 

@@ -84,7 +84,9 @@ class CNullMaterialManager;
 class CNullResourceManager;
 class CNullFxManager;
 class CNullShaderCompiler;
-class CNullScene;
+class CScene;
+class CSceneManager;
+class CEnvironmentAnimator;
 class CNullLensFlare;
 class CNullMaterialPreview;
 class CNullAnimator;
@@ -94,6 +96,7 @@ class CEditorApp
 public:
     static constexpr const char* CONFIG_FILE = "Editor.cfg";
     static constexpr const char* SHADER_CACHE = "Shader.cache1";
+    static constexpr const char* ENVIRONMENT_ANIMATION_FILE = "EnvironmentAnimation.lua";
     static constexpr int PUMP_LIMIT_MS = 30;
     static constexpr uint32_t OVERLAY_FPS = 1;
     static constexpr uint32_t OVERLAY_PROFILE = 2;
@@ -137,12 +140,13 @@ public:
     void Resize(int32_t iWidth, int32_t iHeight);
 
     // -- Accessors
-    CNullScene* GetMainScene() const { return m_apScenes[0]; }
-    CNullScene* GetSecondaryScene() const { return m_apScenes[1]; }
+    CScene* GetMainScene() const { return m_apScenes[0]; }
+    CScene* GetSecondaryScene() const { return m_apScenes[1]; }
+    CSceneManager* GetSceneManager() const { return m_pSceneManager; }
     CEditorCamera* GetEditorCamera() const { return m_pEditorCamera; }
     Kestrin::Ext::CConsole* GetConsole() const { return m_pConsole; }
     CEditorManager* GetEditorManager() const { return m_pEditorManager; }
-    CNullAnimator* GetEnvironmentAnimator() const { return m_pEnvironmentAnimator; }
+    CEnvironmentAnimator* GetEnvironmentAnimator() const { return m_pEnvironmentAnimator; }
     CSceneEditor* GetSceneEditor() const { return m_pSceneEditor; }
     CMaterialEditor* GetMaterialEditor() const { return m_pMaterialEditor; }
     CFxEditor* GetFxEditor() const { return m_pFxEditor; }
@@ -226,6 +230,8 @@ private:
     void _CreateWorld();
     void _CreateScripting();
     void _LoadGameTables();
+    // "EnvironmentAnimation.lua" from the script folder, when it is there.
+    void _LoadEnvironmentAnimations();
     void _CreateLoader();
     // Destroy what the helpers above made; true when there was something.
     void _DestroyScript();
@@ -269,7 +275,7 @@ private:
     CNullFxManager* m_pFxManager = nullptr;
     CNullResourceManager* m_pCharacterResourceManager = nullptr;
     Kestrin::Fx::IFxCharacterManager* m_pFxCharacterManager = nullptr;
-    CNullResourceManager* m_pSceneManager = nullptr;
+    CSceneManager* m_pSceneManager = nullptr;
     Kestrin::Ext::CConsole* m_pConsole = nullptr;
     CAppConsoleCallback* m_pConsoleCallback = nullptr;
     CAppSystemOutput* m_pSystemOutput = nullptr;
@@ -283,9 +289,9 @@ private:
     Kestrin::Ext::CRenderWorld* m_pRenderWorld = nullptr;
     Kestrin::Physics::CPhysicsWorld* m_apPhysicsWorlds[2] = {nullptr, nullptr};
     Kestrin::Fx::CFxPlayer* m_pFxPlayer = nullptr;
-    CNullScene* m_apScenes[2] = {nullptr, nullptr};
+    CScene* m_apScenes[2] = {nullptr, nullptr};
     CEditorCamera* m_pEditorCamera = nullptr;
-    CNullAnimator* m_pEnvironmentAnimator = nullptr;
+    CEnvironmentAnimator* m_pEnvironmentAnimator = nullptr;
     CNullAnimator* m_pScriptedLightAnimator = nullptr;
     CInputDevice* m_pInputDevice = nullptr;
     CControlState* m_pControlState = nullptr;

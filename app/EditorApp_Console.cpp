@@ -1,6 +1,7 @@
 // CEditorApp: the console's Lua state, the audio script, the game tables, the loader.
 #include "app/EditorApp.h"
 
+#include "Utils/Utility/GUtFile.h"
 #include "app/ConsoleCommands.h"
 #include "app/GameTables.h"
 #include "app/NullEngine.h"
@@ -8,6 +9,9 @@
 #include "engine/ext/Console.h"
 #include "engine/utility/AsyncLoader.h"
 #include "engine/utility/SystemOutput.h"
+#include "scene/EnvironmentAnimator.h"
+#include "scene/Scene.h"
+#include "scene/SceneManager.h"
 #include "scene_editor/SceneEditor.h"
 #include "script/LuaScript.h"
 
@@ -133,11 +137,13 @@ void CEditorApp::_CreateScripting()
     m_pSceneEditor->SetScript(m_pLuaScript);
     RegisterConsoleCommands(*m_pLuaScript);
     _LoadGameTables();
-    for (CNullScene* pScene : m_apScenes)
+    for (CScene* pScene : m_apScenes)
     {
-        pScene->SetEntityProperties(&CGameTables::Get().entityProperty);
+        pScene->SetEntityProperties(&CGameTables::Get().entityProperty.GetGlobal());
     }
-    m_pEnvironmentAnimator = new CNullAnimator("CEnvironmentAnimator");
+    m_pSceneManager->SetScript(m_pLuaScript);
+    m_pEnvironmentAnimator = new CEnvironmentAnimator(m_apScenes[0]);
+    _LoadEnvironmentAnimations();
     m_pScriptedLightAnimator = new CNullAnimator("CScriptedLightAnimator");
 }
 
@@ -152,6 +158,10 @@ void CEditorApp::_DestroyScript()
     {
         m_pSceneEditor->SetScript(nullptr);
     }
+    if (m_pSceneManager)
+    {
+        m_pSceneManager->SetScript(nullptr);
+    }
     delete m_pLuaScript;
     m_pLuaScript = nullptr;
     CLuaScript::SetGlobalErrorHook(nullptr);
@@ -160,6 +170,22 @@ void CEditorApp::_DestroyScript()
 void CEditorApp::_LoadGameTables()
 {
     CGameTables::Get().LoadAll(m_strScriptPath.ToStd(), m_strTablePath.ToStd());
+}
+
+void CEditorApp::_LoadEnvironmentAnimations()
+{
+    if (m_strScriptPath.IsEmpty())
+    {
+        return;
+    }
+    // An optional file: a game without environment animations has none, and says nothing.
+    const std::string strPath = m_strScriptPath.ToStd() + ENVIRONMENT_ANIMATION_FILE;
+    GUtFile file;
+    if (file.Open(strPath.c_str(), GUtFile::MODE_ALWAYS | GUtFile::MODE_BINARY | GUtFile::MODE_READ, true))
+    {
+        file.Close();
+        m_pEnvironmentAnimator->Load(strPath.c_str());
+    }
 }
 
 bool CEditorApp::_RunLua(const char* pcLine)

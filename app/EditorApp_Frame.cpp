@@ -19,6 +19,9 @@
 #include "engine/utility/AsyncLoader.h"
 #include "engine/utility/FrameProfiler.h"
 #include "fx_editor/FxEditor.h"
+#include "scene/EnvironmentAnimator.h"
+#include "scene/Scene.h"
+#include "scene/SceneManager.h"
 #include "scene_editor/SceneEditor.h"
 
 #include <chrono>
@@ -134,11 +137,12 @@ void CEditorApp::_UpdateWorld(float fScaled)
     m_apPhysicsWorlds[1]->Step(fScaled);
     m_pEnvironmentAnimator->Update(fScaled);
     static const uint16_t s_uSceneRegion = Kestrin::Utility::CFrameProfiler::Get().RegisterRegion("Scene");
-    for (CNullScene* pScene : m_apScenes) // both scenes count in the one region "Scene"
+    for (CScene* pScene : m_apScenes) // both scenes count in the one region "Scene"
     {
         Kestrin::Utility::CProfileScope scope(s_uSceneRegion);
-        pScene->Update(fScaled);
+        pScene->Update(m_timing.fGameTime, fScaled);
     }
+    m_pSceneManager->Update(m_timing.fGameTime, fScaled);
     m_pEditorCamera->Update(fScaled, *m_pControlState);
     m_pLensFlare->Update();
     {
@@ -187,6 +191,10 @@ void CEditorApp::BuildRenderBuffer()
     }
     m_pRenderer->SetTime(m_timing.fGameTime);
     m_pShaderCompiler->SetPreviewFlag(!m_pSceneEditor || !m_pSceneEditor->HasWindow());
+    if (!m_apScenes[0]->ApplyEnvironment(*m_pRenderer))
+    {
+        m_apScenes[1]->ApplyEnvironment(*m_pRenderer);
+    }
     m_pRenderer->GatherView(m_iClientW, m_iClientH, m_fLodFactor, m_auVisibleGroups[0], m_auVisibleGroups[1]);
 }
 

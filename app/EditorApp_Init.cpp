@@ -23,7 +23,9 @@
 #include "engine/utility/SystemOutput.h"
 #include "fx_editor/FxEditor.h"
 #include "material_editor/MaterialEditor.h"
+#include "scene/Scene.h"
 #include "scene/SceneClassDesc.h"
+#include "scene/SceneManager.h"
 #include "scene_editor/SceneEditor.h"
 
 #include <algorithm>
@@ -227,7 +229,7 @@ void CEditorApp::_CreateManagers()
     _Trace("17 CFxCharacterManager");
     m_pFxCharacterManager = new Kestrin::Fx::CNullFxCharacterManager();
     _Trace("18 CSceneManager");
-    m_pSceneManager = new CNullResourceManager("CSceneManager");
+    m_pSceneManager = new CSceneManager();
 
     _Trace("19 shader folder and %s", SHADER_CACHE);
     m_pShaderCompiler = new CNullShaderCompiler();
@@ -351,12 +353,19 @@ void CEditorApp::_CreateWorld()
     }
 
     _Trace("35 CScene CScene");
-    for (CNullScene*& pScene : m_apScenes)
+    for (CScene*& pScene : m_apScenes)
     {
-        pScene = new CNullScene();
+        pScene = new CScene();
+        pScene->SetServices(m_pRenderWorld, m_apPhysicsWorlds[0], m_pAudioDevice, m_pFxPlayer,
+                            m_pFxCharacterManager, false);
+        // No texture manager while textures cannot be read: the lightmap tables then keep
+        // their maps by name, and a save writes them back whole.
         pScene->SetPaths(m_strSceneFxPath.ToStd(), m_strSceneCharacterPath.ToStd(),
                          m_strSceneModelPath.ToStd());
     }
+    // The game layer's scenes take the same engine.
+    m_pSceneManager->SetServices(m_pRenderWorld, m_apPhysicsWorlds[0], m_pAudioDevice, m_pFxPlayer,
+                                 m_pFxCharacterManager, false);
 
     _Trace("36 CEditorCamera control state lens flare");
     m_pEditorCamera = new CEditorCamera();

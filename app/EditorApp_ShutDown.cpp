@@ -22,6 +22,9 @@
 #include "engine/utility/SystemOutput.h"
 #include "fx_editor/FxEditor.h"
 #include "material_editor/MaterialEditor.h"
+#include "scene/EnvironmentAnimator.h"
+#include "scene/Scene.h"
+#include "scene/SceneManager.h"
 #include "scene_editor/SceneEditor.h"
 
 namespace Ovrel
@@ -175,6 +178,12 @@ void CEditorApp::_DestroyWorld()
     if (Destroy(m_apScenes[1]))
     {
         _Trace("shutdown 5 scene 1");
+    }
+    if (m_pSceneManager)
+    {
+        // Its scenes hold objects of the worlds below and tasks of the loader: they go now,
+        // the manager itself at its own step.
+        m_pSceneManager->UnloadAll();
     }
     if (Destroy(m_pFxPlayer))
     {

@@ -4,6 +4,7 @@
 #include "Utils/Utility/GUtTimer.h"
 #include "app/EditorApp.h"
 #include "app/Linux/QtPlatform.h"
+#include "scene/Scene.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -63,12 +64,22 @@ int EditorMain(int iArgc, char** ppArgv)
     app.SetNullDevices(Env("EDITOR_NULL_DEVICES") && strcmp(Env("EDITOR_NULL_DEVICES"), "1") == 0);
     app.SetStartupLines(Env("EDITOR_CONSOLE_LINES"));
     InstallFrameHooks(app);
+    bool bSaved = true;
     if (app.Initialize(iArgc, ppArgv))
     {
         app.Run();
+        // The test of a scene's round trip through the running application.
+        if (const char* pcSave = Env("EDITOR_TEST_SAVE_SCENE"))
+        {
+            bSaved = app.GetMainScene()->Save(pcSave);
+            if (!bSaved)
+            {
+                fprintf(stderr, "Editor: the main scene could not be saved to %s\n", pcSave);
+            }
+        }
     }
     app.ShutDown();
-    return app.GetExitCode();
+    return bSaved ? app.GetExitCode() : 1;
 }
 
 } // namespace Ovrel

@@ -16,9 +16,8 @@ bool CEditorManager::EditScene()
     {
         return false;
     }
-    // The scenes are the scene Part's; until it exists the editor works on none.
-    pEditor->Open(nullptr, m_pApp->GetEditorCamera());
-    pEditor->SetSecondaryScene(nullptr);
+    pEditor->Open(m_pApp->GetMainScene(), m_pApp->GetEditorCamera());
+    pEditor->SetSecondaryScene(m_pApp->GetSecondaryScene());
     return true;
 }
 
@@ -38,7 +37,7 @@ bool CEditorManager::EditFx(Kestrin::Fx::CFxResource* pFx)
 bool CEditorManager::EditCharacter(Ovrel::CVestral* pCharacter)
 {
     CCharacterEditor* pEditor = m_pApp->GetCharacterEditor();
-    return pEditor && pEditor->Open(pCharacter, nullptr);
+    return pEditor && pEditor->Open(pCharacter, m_pApp->GetMainScene());
 }
 
 int CEditorManager::OnEntityRemoved(Ovrel::CSceneEntity* pEntity, const void* pEditor)

@@ -117,12 +117,4 @@ bool CNullAnimator::Activate(const std::string& strName) const
     return false;
 }
 
-void CNullScene::SetPaths(const std::string& strFx, const std::string& strCharacter,
-                          const std::string& strModel)
-{
-    m_strFxPath = strFx;
-    m_strCharacterPath = strCharacter;
-    m_strModelPath = strModel;
-}
-
 } // namespace Ovrel

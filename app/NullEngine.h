@@ -6,6 +6,7 @@
 #pragma once
 
 #include "engine/render_device/RenderDevice.h"
+#include "engine/renderer/RendererSettings.h"
 #include "engine/renderer/TextureManager.h"
 
 #include <cstdint>
@@ -122,11 +123,20 @@ private:
 };
 
 // Kestrin::Renderer::CRenderer: render mode 0 to 2 (a new value marks the pipeline for
-// rebuilding), the settings table (it knows no word yet), the two render buffers.
-class CNullRenderer
+// rebuilding), the settings table (it knows no word yet), the two render buffers, and the
+// environment's settings of the frame (kept, drawn with nothing).
+class CNullRenderer final : public Kestrin::Renderer::IRendererSettings
 {
 public:
-    virtual ~CNullRenderer() = default;
+    CNullRenderer() = default;
+    ~CNullRenderer() override = default;
+    void SetEnvironment(const Kestrin::Renderer::CRenderEnvironment& environment) override
+    {
+        m_environment = environment;
+        ++m_iEnvironmentPushes;
+    }
+    const Kestrin::Renderer::CRenderEnvironment& GetEnvironment() const { return m_environment; }
+    int GetEnvironmentPushes() const { return m_iEnvironmentPushes; }
     void SetRenderMode(int iMode);
     int GetRenderMode() const { return m_iRenderMode; }
     bool IsPipelineDirty() const { return m_bPipelineDirty; }
@@ -154,6 +164,8 @@ private:
     int m_iBackBuffer = 1;
     int m_iGathered = 0;
     int m_iDraws = 0;
+    Kestrin::Renderer::CRenderEnvironment m_environment;
+    int m_iEnvironmentPushes = 0;
 };
 
 // The 3D plotters (immediate and buffered): lines queued and flushed once a frame.
@@ -219,31 +231,6 @@ private:
     std::string m_strClassName;
     float m_fTime = 0.0f;
     int m_iCurrent = 0;
-};
-
-// Ovrel::CScene: the folders it loads from, the level of detail of its characters, a frame.
-// Loading a scene needs the scene itself: it loads nothing yet.
-class CNullScene
-{
-public:
-    virtual ~CNullScene() = default;
-    void SetPaths(const std::string& strFx, const std::string& strCharacter, const std::string& strModel);
-    const std::string& GetModelPath() const { return m_strModelPath; }
-    // The EntityProperty table the scene's entities look their kinds up in (not owned).
-    void SetEntityProperties(const void* pTable) { m_pEntityProperties = pTable; }
-    const void* GetEntityProperties() const { return m_pEntityProperties; }
-    void SetCharacterLod(int iLod) { m_iCharacterLod = iLod; }
-    int GetCharacterLod() const { return m_iCharacterLod; }
-    void Update(float fTimeStep) { m_fTime += fTimeStep; }
-    float GetTime() const { return m_fTime; }
-
-private:
-    std::string m_strFxPath;
-    std::string m_strCharacterPath;
-    std::string m_strModelPath;
-    int m_iCharacterLod = 0;
-    float m_fTime = 0.0f;
-    const void* m_pEntityProperties = nullptr;
 };
 
 } // namespace Ovrel

@@ -59,6 +59,10 @@ CSceneEntity* CSceneContent::CreateEntity(uint32_t uType, int32_t iId)
     }
     pEntity->SetId(iId != 0 ? iId : AllocateId());
     m_entities.push_back(pEntity);
+    if (IsUpdated(uType))
+    {
+        m_updateList.push_back(pEntity);
+    }
     m_bIndexDirty = true;
     return pEntity;
 }
@@ -72,6 +76,7 @@ int32_t CSceneContent::AllocateId()
 void CSceneContent::Unlist(CSceneEntity* pEntity)
 {
     m_entities.erase(std::remove(m_entities.begin(), m_entities.end(), pEntity), m_entities.end());
+    m_updateList.erase(std::remove(m_updateList.begin(), m_updateList.end(), pEntity), m_updateList.end());
     m_pending.erase(std::remove(m_pending.begin(), m_pending.end(), pEntity), m_pending.end());
     if (pEntity == m_pEnvironment)
     {
@@ -109,6 +114,7 @@ void CSceneContent::Clear()
     {
         delete pEntity;
     }
+    m_updateList.clear();
     m_pending.clear();
     m_index.clear();
     m_bIndexDirty = true;

@@ -2,8 +2,8 @@
 // the two lightmap atlas tables, the bounding box, the engine services the entities build
 // their engine objects with, and the `.scene` reader and writer.
 //
-// The scene object of the editors (open, save, import, pick, per-frame update) grows from
-// this class; here is only what the file and the entities need.
+// Ovrel::CScene (Scene.h) derives from it and adds opening, saving, importing, picking and
+// the per-frame update; here is only what the file and the entities need.
 #pragma once
 
 #include "scene/AtlasTable.h"
@@ -91,6 +91,14 @@ public:
     CEnvironmentSceneEntity* GetEnvironment() const { return m_pEnvironment; }
     // Entities still loading their resources after a read.
     const std::vector<CSceneEntity*>& GetPending() const { return m_pending; }
+    // The entities that take a per-frame Update: exactly the characters, cloth and fx.
+    const std::vector<CSceneEntity*>& GetUpdateList() const { return m_updateList; }
+    // While set, a read leaves every entity on the pending list, even when its resources
+    // arrived. Nothing in the editors sets it.
+    bool GetHoldActivation() const { return m_bHoldActivation; }
+    void SetHoldActivation(bool b) { m_bHoldActivation = b; }
+    // The environment in force; the editor makes a selected one current.
+    void SetEnvironment(CEnvironmentSceneEntity* pEnvironment) { m_pEnvironment = pEnvironment; }
     // An entity's id changed: the look-up is rebuilt on its next use.
     void OnEntityIdsChanged() { m_bIndexDirty = true; }
 
@@ -131,13 +139,19 @@ public:
     // Write into memory, then into "<path>.tmp", renamed into place.
     bool WriteFile(const char* pcPath) const;
 
-private:
+protected:
     struct CParse;
     bool ParseHeader(CIOStream& stream, CParse& parse) const;
     bool ParseEntities(CIOStream& stream, CParse& parse) const;
     void Commit(CParse& parse);
     void RebuildIndex() const;
+    // Takes the entity off every list; it stays alive.
     void Unlist(CSceneEntity* pEntity);
+    // The kinds that take a per-frame Update.
+    static bool IsUpdated(uint32_t uType)
+    {
+        return uType == ENTITY_SKINNED_MESH || uType == ENTITY_CLOTH || uType == ENTITY_FX;
+    }
 
     Kestrin::Ext::CRenderWorld* m_pRenderWorld = nullptr;
     Kestrin::Physics::CPhysicsWorld* m_pPhysicsWorld = nullptr;
@@ -155,7 +169,9 @@ private:
 
     CBox3 m_boxBounds;
     std::vector<CSceneEntity*> m_entities;
+    std::vector<CSceneEntity*> m_updateList;
     std::vector<CSceneEntity*> m_pending;
+    bool m_bHoldActivation = false;
     int32_t m_iNextEntityId = 0;
     CEnvironmentSceneEntity* m_pEnvironment = nullptr;
     CAtlasTable m_lightMaps;

@@ -1,12 +1,17 @@
 // The environment: a scene's look (ambient colours, fog, depth of field, bloom, tone mapping,
 // sky, gamma curve, light shaft, lense flare, water plane). Its values are the ENVI record;
-// the renderer receives them each frame from the environment in force.
+// the renderer receives them each frame from the environment in force. While an environment
+// animation runs, a second, derived set of values (the blend) is shown in place of its own.
 #pragma once
 
 #include "scene/SceneEntity.h"
 
+#include "engine/renderer/RendererSettings.h"
+
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace Ovrel
 {
@@ -68,8 +73,33 @@ public:
     const CEnvironmentValues& GetValues() const { return m_values; }
     void SetValues(const CEnvironmentValues& values) { m_values = values; }
 
+    // --- what the renderer is shown
+    // The blend of a running animation, or null.
+    const CEnvironmentValues* GetBlend() const { return m_pBlend.get(); }
+    void SetBlend(const CEnvironmentValues& values);
+    void ClearBlend() { m_pBlend.reset(); }
+    // The blend while there is one, else the entity's own values.
+    const CEnvironmentValues& GetShownValues() const { return m_pBlend ? *m_pBlend : m_values; }
+    // Hands the shown values to the renderer.
+    void ApplyTo(Kestrin::Renderer::IRendererSettings& settings) const;
+
+    // --- the "Curve" control
+    // Reads a curve file into the three tables and keeps its path in curveFile. A `.raw`
+    // file is 768 bytes of red, green, blue triples; any other is an image 256 pixels wide
+    // and 1 high, whose pixels give red, green and blue. A file of another size or one that
+    // does not read is refused with a message box, and nothing changes.
+    bool LoadCurveFile(const std::string& strPath);
+
 private:
     CEnvironmentValues m_values;
+    std::unique_ptr<CEnvironmentValues> m_pBlend;
 };
+
+// The renderer's settings of a set of environment values.
+Kestrin::Renderer::CRenderEnvironment ToRenderEnvironment(const CEnvironmentValues& values);
+// The three curve tables from a curve file's bytes (see LoadCurveFile); the planar order of
+// the ENVI record (256 red, 256 green, 256 blue). False with the message in strError.
+bool ReadCurveFile(const std::string& strPath, const std::vector<uint8_t>& bytes, uint8_t (&acCurve)[768],
+                   std::string& strError);
 
 } // namespace Ovrel

@@ -147,7 +147,7 @@ bool CSceneContent::ParseEntities(CIOStream& stream, CParse& parse) const
                 parse.pEnvironment = pEnvironment;
             }
         }
-        (pEntity->IsLoading() ? parse.pending : parse.activate).push_back(pEntity);
+        (m_bHoldActivation || pEntity->IsLoading() ? parse.pending : parse.activate).push_back(pEntity);
     }
     return true;
 }
@@ -159,6 +159,13 @@ void CSceneContent::Commit(CParse& parse)
     m_bNeedsResave = bNeedsResave;
     m_entities = std::move(parse.entities);
     parse.entities.clear();
+    for (CSceneEntity* pEntity : m_entities)
+    {
+        if (IsUpdated(pEntity->GetType()))
+        {
+            m_updateList.push_back(pEntity);
+        }
+    }
     m_pending = std::move(parse.pending);
     m_lightMaps = std::move(parse.lightMaps);
     m_colorLightMaps = std::move(parse.colorLightMaps);
@@ -229,6 +236,13 @@ bool CSceneContent::ReadImport(CIOStream& stream, std::vector<CSceneEntity*>& im
     }
     m_iNextEntityId = parse.iNextId;
     m_entities.insert(m_entities.end(), parse.entities.begin(), parse.entities.end());
+    for (CSceneEntity* pEntity : parse.entities)
+    {
+        if (IsUpdated(pEntity->GetType()))
+        {
+            m_updateList.push_back(pEntity);
+        }
+    }
     m_pending.insert(m_pending.end(), parse.pending.begin(), parse.pending.end());
     imported = parse.entities;
     parse.entities.clear();

@@ -116,6 +116,11 @@ public:
     const std::string& GetMeshFile() const { return m_parts.m_strMeshFile; }
     const std::string& GetCollisionFile() const { return m_parts.m_strCollisionFile; }
     void SetCollisionFile(const std::string& strFile) { m_parts.m_strCollisionFile = strFile; }
+    // The collision file's data path: the name beside the mesh; empty without a name.
+    std::string GetCollisionPath() const
+    {
+        return m_parts.m_strCollisionFile.empty() ? std::string() : m_parts.GetCollisionPath();
+    }
     const std::vector<CCollisionShapeRecord>& GetShapes() const { return m_parts.m_shapes; }
     void SetShapes(const std::vector<CCollisionShapeRecord>& shapes);
     // The collision flags of one shape; false when the index is out of range.

@@ -116,6 +116,9 @@ TEST_F(AppPartsTest, TheManagerTellsTheOtherEditorsOfARemovedEntityAndSelectsOnl
     EXPECT_EQ(pManager->GetSelectedEntity(), nullptr);
     ASSERT_TRUE(pManager->EditScene());
     EXPECT_TRUE(m_pApp->GetSceneEditor()->HasWindow());
+    EXPECT_EQ(m_pApp->GetSceneEditor()->GetScene(), m_pApp->GetMainScene());
+    EXPECT_EQ(m_pApp->GetSceneEditor()->GetSecondaryScene(), m_pApp->GetSecondaryScene());
+    ASSERT_NE(m_pApp->GetMainScene(), nullptr);
     pManager->SelectEntity(pEntity);
     EXPECT_EQ(pManager->GetSelectedEntity(), pEntity);
 

@@ -6,6 +6,8 @@
 #include "app/tests/TestClock.h"
 #include "engine/ext/Console.h"
 #include "engine/fx/FxPlayer.h"
+#include "engine/utility/AsyncLoader.h"
+#include "scene/Scene.h"
 
 #include "Utils/Utility/GUtDebug.h"
 
@@ -138,7 +140,7 @@ TEST_F(ConsoleCommandsTest, SettersReachTheirTargets)
     Run("FxLod(3)");
     EXPECT_EQ(static_cast<Kestrin::Fx::CNullFxPlayer*>(m_pApp->GetFxPlayer())->GetLod(), 3);
     Run("CharacterLod(1)");
-    EXPECT_EQ(m_pApp->GetMainScene()->GetCharacterLod(), 1);
+    EXPECT_EQ(m_pApp->GetMainScene()->GetCharacterQuality(), 1);
     Run("RenderThread(0)");
     EXPECT_FALSE(m_pApp->GetThreadRenderer()->IsThreaded());
     Run("RenderThread(1)");
@@ -181,10 +183,35 @@ TEST_F(ConsoleCommandsTest, ArgumentErrorsAndUnknownNamesGiveTheirTexts)
                            "[] [string \"ActiveEnvAnim()\"]:1: ActiveEnvAnim error ! need 1 arguments.\n"}));
 }
 
+TEST_F(ConsoleCommandsTest, SceneOpensSceneNameNameThroughTheLoader)
+{
+    const std::filesystem::path folder = std::filesystem::path("Scene") / "console_scene";
+    std::filesystem::create_directories(folder);
+    {
+        CScene saved;
+        saved.SetServices(nullptr, nullptr, nullptr, nullptr, nullptr, true);
+        saved.CreateEntity(ENTITY_LOCATOR, 0)->SetName("Spawn");
+        saved.CreateEntity(ENTITY_CAMERA, 0)->SetName("Intro");
+        ASSERT_TRUE(saved.Save((folder / "console_scene.scene").string()));
+    }
+    CScene* pScene = m_pApp->GetMainScene();
+    Run("Scene(\"console_scene\")");
+    EXPECT_EQ(pScene->GetName(), "console_scene");
+    EXPECT_TRUE(pScene->IsLoading());
+    Kestrin::Utility::GetAsyncLoader()->WaitForAll();
+    EXPECT_FALSE(pScene->IsLoading());
+    EXPECT_TRUE(pScene->HasLoaded());
+    EXPECT_EQ(pScene->GetEntityCount(), 2);
+    EXPECT_NE(pScene->FindByName("spawn", ENTITY_LOCATOR), nullptr);
+    Run("Scene(\"no_such_scene\")");
+    Kestrin::Utility::GetAsyncLoader()->WaitForAll();
+    EXPECT_FALSE(pScene->HasLoaded());
+    EXPECT_EQ(pScene->GetEntityCount(), 0);
+    std::filesystem::remove_all("Scene/console_scene");
+}
+
 TEST_F(ConsoleCommandsTest, CommandsWhoseSubsystemIsNotBuiltSaySo)
 {
-    Run("Scene(\"a\")");
-    EXPECT_EQ(LastLine(), "Scene: the scene is not loaded.");
     Run("ActiveEffect(\"fire\", 1)");
     EXPECT_EQ(LastLine(), "ActiveEffect: the scene is not loaded.");
     Run("DeActiveEffect(\"fire\", 1)");

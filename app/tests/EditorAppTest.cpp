@@ -10,6 +10,8 @@
 #include "engine/physics/PhysicsWorld.h"
 #include "engine/render_device/NullRenderDevice.h"
 #include "engine/utility/SystemOutput.h"
+#include "scene/EnvironmentAnimator.h"
+#include "scene/Scene.h"
 #include "scene_editor/SceneEditor.h"
 
 #include "Utils/Utility/GUtDebug.h"
@@ -479,11 +481,21 @@ TEST_F(EditorAppTest, TheFirstFramePresentsNothingAndAQuitMessageEndsTheLoop)
     EXPECT_EQ(app.GetExitCode(), 0);
 }
 
-TEST_F(EditorAppTest, TimeScaleZeroFreezesTheScenesWhileTheFrameGoesOn)
+TEST_F(EditorAppTest, TimeScaleZeroFreezesTheWorldWhileTheFrameGoesOn)
 {
     CEditorApp app;
     Prepare(app);
     ASSERT_TRUE(app.Initialize(0, nullptr));
+    // An environment animation of scene 0 shows how far the world moved: the renderer gets
+    // its blend each frame.
+    CScene* pScene = app.GetMainScene();
+    pScene->CreateEnvironment("Day");
+    auto* pNight = static_cast<CEnvironmentSceneEntity*>(pScene->CreateEnvironment("Night"));
+    CEnvironmentValues night = pNight->GetValues();
+    night.fSaturation = 0.0f;
+    pNight->SetValues(night);
+    ASSERT_TRUE(app.GetEnvironmentAnimator()->Add("Dusk", 0.0f, 0.1f, "Night"));
+    ASSERT_TRUE(app.GetEnvironmentAnimator()->Activate("Dusk"));
     app.SetFpsLimit(50.0f); // 20 ms a frame, slept on the test's clock
     app.SetTimeScale(0.0f);
     app.StartLoop();
@@ -491,12 +503,13 @@ TEST_F(EditorAppTest, TimeScaleZeroFreezesTheScenesWhileTheFrameGoesOn)
     {
         ASSERT_TRUE(app.RunFrame());
     }
-    EXPECT_FLOAT_EQ(app.GetMainScene()->GetTime(), 0.0f);
-    EXPECT_FLOAT_EQ(app.GetSecondaryScene()->GetTime(), 0.0f);
+    EXPECT_FLOAT_EQ(app.GetRenderer()->GetEnvironment().fSaturation, 1.0f);
+    EXPECT_EQ(app.GetRenderer()->GetEnvironmentPushes(), 5);
     EXPECT_NEAR(app.GetTiming().fGameTime, 0.081f, 0.002f); // the first step is 1 ms, then 20 ms each
     app.SetTimeScale(2.0f);
     ASSERT_TRUE(app.RunFrame());
-    EXPECT_NEAR(app.GetMainScene()->GetTime(), 0.04f, 1e-4f);
+    // 40 ms of a 100 ms blend.
+    EXPECT_NEAR(app.GetRenderer()->GetEnvironment().fSaturation, 0.6f, 1e-4f);
 }
 
 TEST_F(EditorAppTest, AMinimisedWindowDropsTheLoopToOneFramePerSecond)
@@ -598,8 +611,8 @@ TEST_F(EditorAppTest, TheGameTablesLoadFromTheirFoldersAndMissingOnesStayEmpty)
     EXPECT_TRUE(tables.sessionNpc.IsLoaded());
     EXPECT_FALSE(tables.snpcConfig.IsLoaded()); // broken: empty
     EXPECT_TRUE(tables.AreCrossReferencesResolved());
-    EXPECT_EQ(app.GetMainScene()->GetEntityProperties(), &tables.entityProperty);
-    EXPECT_EQ(app.GetSecondaryScene()->GetEntityProperties(), &tables.entityProperty);
+    EXPECT_EQ(app.GetMainScene()->GetEntityProperties(), &tables.entityProperty.GetGlobal());
+    EXPECT_EQ(app.GetSecondaryScene()->GetEntityProperties(), &tables.entityProperty.GetGlobal());
     EXPECT_TRUE(g_boxes.empty()); // missing tables are log lines, not boxes
     tables.Clear();
 }

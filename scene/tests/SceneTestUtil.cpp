@@ -2,8 +2,12 @@
 
 #include "scene/tests/SceneRecords.h"
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+
+#include <unistd.h>
 
 namespace SceneTest
 {
@@ -49,6 +53,47 @@ std::vector<uint8_t> SingleRecordFile(bool bBigEndian, uint32_t uType, const std
     b.RawI32(1).RawU32(uType);
     b.data.insert(b.data.end(), record.begin(), record.end());
     return b.data;
+}
+
+CTempFolder::CTempFolder()
+{
+    static std::atomic<int> s_iCount{0};
+    std::filesystem::path folder =
+        std::filesystem::temp_directory_path() /
+        ("scene_test_" + std::to_string(getpid()) + "_" + std::to_string(s_iCount++));
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    m_strPath = folder.string() + "/";
+}
+
+CTempFolder::~CTempFolder()
+{
+    std::error_code error;
+    std::filesystem::remove_all(m_strPath, error);
+}
+
+void WriteBytes(const std::string& strPath, const std::vector<uint8_t>& bytes)
+{
+    std::ofstream file(strPath, std::ios::binary | std::ios::trunc);
+    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+void WriteText(const std::string& strPath, const std::string& strText)
+{
+    std::ofstream file(strPath, std::ios::binary | std::ios::trunc);
+    file << strText;
+}
+
+std::vector<uint8_t> ReadBytes(const std::string& strPath)
+{
+    std::ifstream file(strPath, std::ios::binary);
+    return std::vector<uint8_t>(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+std::string ReadText(const std::string& strPath)
+{
+    std::vector<uint8_t> bytes = ReadBytes(strPath);
+    return std::string(bytes.begin(), bytes.end());
 }
 
 } // namespace SceneTest

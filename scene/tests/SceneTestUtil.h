@@ -24,4 +24,26 @@ void KeepTestFile(const std::string& strName, const std::vector<uint8_t>& bytes,
 // A file with the header and the given records (each: type code and record bytes).
 std::vector<uint8_t> SingleRecordFile(bool bBigEndian, uint32_t uType, const std::vector<uint8_t>& record);
 
+// A fresh folder under the system's temporary folder, removed with everything in it.
+class CTempFolder
+{
+public:
+    CTempFolder();
+    ~CTempFolder();
+    CTempFolder(const CTempFolder&) = delete;
+    CTempFolder& operator=(const CTempFolder&) = delete;
+    // The folder with a trailing '/'.
+    const std::string& Path() const { return m_strPath; }
+    std::string operator/(const std::string& strName) const { return m_strPath + strName; }
+
+private:
+    std::string m_strPath;
+};
+
+void WriteBytes(const std::string& strPath, const std::vector<uint8_t>& bytes);
+void WriteText(const std::string& strPath, const std::string& strText);
+// Empty when the file cannot be read.
+std::vector<uint8_t> ReadBytes(const std::string& strPath);
+std::string ReadText(const std::string& strPath);
+
 } // namespace SceneTest

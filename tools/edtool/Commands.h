@@ -13,7 +13,10 @@ struct EdToolCommand
 constexpr const char* SCENE_USAGE =
     "edtool scene dump FILE          print a .scene or .prop file as JSON\n"
     "edtool scene resave IN OUT      read and write again through the scene code\n"
-    "edtool scene check FILE         report problems; non-zero on an unreadable file";
+    "edtool scene check FILE         report problems; non-zero on an unreadable file\n"
+    "edtool scene open FILE          open through the scene, at once and through the loader: counts and "
+    "times\n"
+    "edtool scene import SCENE IN OUT  import IN (.dae or .scene) into SCENE as a group, save as OUT";
 int SceneMain(int argc, char** argv);
 
 // edtool dae: Collada documents (tools/edtool/Dae.cpp).
