@@ -61,27 +61,6 @@ public:
     CAsyncLoader loader;
 };
 
-class CLogLines
-{
-public:
-    CLogLines()
-    {
-        GUtLog::Get().SetPreHook([this](bool, int, const char*, const char*, const char* pcText)
-                                 { lines.push_back(pcText); });
-    }
-    ~CLogLines() { GUtLog::Get().SetPreHook(nullptr); }
-    bool Has(const std::string& strLine) const
-    {
-        return std::find(lines.begin(), lines.end(), strLine) != lines.end();
-    }
-    std::vector<std::string> lines;
-};
-
-void Headless(CScene& scene)
-{
-    scene.SetServices(nullptr, nullptr, nullptr, nullptr, nullptr, true);
-}
-
 // A scene of locators named "<prefix><i>", saved to a file.
 void SaveLocators(const std::string& strPath, const std::string& strPrefix, int iCount)
 {

@@ -26,27 +26,6 @@ using namespace SceneTest;
 
 namespace
 {
-class CLogLines
-{
-public:
-    CLogLines()
-    {
-        GUtLog::Get().SetPreHook([this](bool, int, const char*, const char*, const char* pcText)
-                                 { lines.push_back(pcText); });
-    }
-    ~CLogLines() { GUtLog::Get().SetPreHook(nullptr); }
-    bool Has(const std::string& strLine) const
-    {
-        return std::find(lines.begin(), lines.end(), strLine) != lines.end();
-    }
-    std::vector<std::string> lines;
-};
-
-void Headless(CScene& scene)
-{
-    scene.SetServices(nullptr, nullptr, nullptr, nullptr, nullptr, true);
-}
-
 CSceneEntity* Locator(CScene& scene, const char* pcName, CVec3 vAt, int32_t iId = 0)
 {
     CSceneEntity* pEntity = scene.CreateEntity(ENTITY_LOCATOR, iId);

@@ -6,6 +6,9 @@
 #include "scene/SceneContent.h"
 #include "scene/tests/SceneBytes.h"
 
+#include "Utils/Utility/GUtDebug.h"
+
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -38,6 +41,29 @@ public:
 
 private:
     std::string m_strPath;
+};
+
+// A scene with no engine objects: every value stays in its entity.
+inline void Headless(Ovrel::CSceneContent& scene)
+{
+    scene.SetServices(nullptr, nullptr, nullptr, nullptr, nullptr, true);
+}
+
+// The lines the log takes while it lives.
+class CLogLines
+{
+public:
+    CLogLines()
+    {
+        GUtLog::Get().SetPreHook([this](bool, int, const char*, const char*, const char* pcText)
+                                 { lines.push_back(pcText); });
+    }
+    ~CLogLines() { GUtLog::Get().SetPreHook(nullptr); }
+    bool Has(const std::string& strLine) const
+    {
+        return std::find(lines.begin(), lines.end(), strLine) != lines.end();
+    }
+    std::vector<std::string> lines;
 };
 
 void WriteBytes(const std::string& strPath, const std::vector<uint8_t>& bytes);

@@ -18,11 +18,6 @@ using namespace SceneTest;
 
 namespace
 {
-void Headless(CScene& scene)
-{
-    scene.SetServices(nullptr, nullptr, nullptr, nullptr, nullptr, true);
-}
-
 // Two locators that were in the scene before.
 void Prepare(CScene& scene)
 {
