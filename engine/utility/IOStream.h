@@ -21,6 +21,9 @@
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
+#if defined(__SSSE3__)
+#include <tmmintrin.h>
+#endif
 #endif
 
 namespace Kestrin::Utility
@@ -150,7 +153,16 @@ private:
 inline void CIOStream::CopySwapSmall32(uint8_t* pDst, const uint8_t* pSrc, int32_t iElements)
 {
     int32_t i = 0;
-#if defined(__SSE2__)
+#if defined(__SSSE3__)
+    // One byte shuffle reverses the four bytes of each of four elements.
+    const __m128i mask = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
+#pragma GCC unroll 4
+    for (; i + 4 <= iElements; i += 4)
+    {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSrc + i * 4));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst + i * 4), _mm_shuffle_epi8(v, mask));
+    }
+#elif defined(__SSE2__)
 #pragma GCC unroll 4
     for (; i + 4 <= iElements; i += 4)
     {
