@@ -249,7 +249,7 @@ int LuaActiveEffect(lua_State* pState)
     {
         return call.Error("ActiveEffect error ! need 1 arguments.");
     }
-    PrintNotLoaded("ActiveEffect", "the scene");
+    PrintNotLoaded("ActiveEffect", "the fx runtime");
     return 0;
 }
 
@@ -260,7 +260,7 @@ int LuaDeActiveEffect(lua_State* pState)
     {
         return call.Error("ActiveEffect error ! need 1 arguments.");
     }
-    PrintNotLoaded("DeActiveEffect", "the scene");
+    PrintNotLoaded("DeActiveEffect", "the fx runtime");
     return 0;
 }
 } // namespace

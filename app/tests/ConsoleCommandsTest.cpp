@@ -217,9 +217,9 @@ TEST_F(ConsoleCommandsTest, SceneOpensSceneNameNameThroughTheLoaderOverFrames)
 TEST_F(ConsoleCommandsTest, CommandsWhoseSubsystemIsNotBuiltSaySo)
 {
     Run("ActiveEffect(\"fire\", 1)");
-    EXPECT_EQ(LastLine(), "ActiveEffect: the scene is not loaded.");
+    EXPECT_EQ(LastLine(), "ActiveEffect: the fx runtime is not loaded.");
     Run("DeActiveEffect(\"fire\", 1)");
-    EXPECT_EQ(LastLine(), "DeActiveEffect: the scene is not loaded.");
+    EXPECT_EQ(LastLine(), "DeActiveEffect: the fx runtime is not loaded.");
     Run("AddFoldingBones(\"hair\")");
     EXPECT_EQ(LastLine(), "AddFoldingBones: the character editor is not loaded.");
     Run("ShowTake(1)");
