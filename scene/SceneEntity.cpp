@@ -18,19 +18,12 @@ uint32_t CSceneEntity::GetType() const
 
 bool CSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CSceneEntity::Load(CIOStream& stream, bool)
 {
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [] {});
 }
 
 bool CSceneEntity::IsLoading() const

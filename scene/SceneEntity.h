@@ -112,6 +112,27 @@ protected:
     // What the reader does after each entity block: SetTransform with the stored matrix and
     // SetLayer with the BASE value, so engine objects follow.
     void FinishLoad();
+    // Save and Load through a kind's own TransferRecord. LoadRecord reads the record into the
+    // kind's members, then fnRebuild makes its engine object from them, then FinishLoad; a
+    // failed read rebuilds nothing.
+    template <class TEntity>
+    static bool SaveRecord(TEntity& entity, CIOStream& stream)
+    {
+        CSceneRecordIO io(stream, false);
+        return entity.TransferRecord(io);
+    }
+    template <class TEntity, class FRebuild>
+    static bool LoadRecord(TEntity& entity, CIOStream& stream, FRebuild fnRebuild)
+    {
+        CSceneRecordIO io(stream, true);
+        if (!entity.TransferRecord(io))
+        {
+            return false;
+        }
+        fnRebuild();
+        entity.FinishLoad();
+        return true;
+    }
 
     std::string m_strName;
     int32_t m_iId = 0;

@@ -142,19 +142,12 @@ bool CEnvironmentSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CEnvironmentSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CEnvironmentSceneEntity::Load(CIOStream& stream, bool)
 {
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [] {});
 }
 
 } // namespace Ovrel

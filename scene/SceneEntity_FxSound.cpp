@@ -66,21 +66,13 @@ bool CFxSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CFxSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CFxSceneEntity::Load(CIOStream& stream, bool)
 {
     DeleteFx();
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    CreateFx(m_strFxFile);
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [&] { CreateFx(m_strFxFile); });
 }
 
 bool CFxSceneEntity::CreateFx(const std::string& strFxFile)
@@ -232,24 +224,20 @@ bool CSoundSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CSoundSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CSoundSceneEntity::Load(CIOStream& stream, bool)
 {
     DeleteSound();
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    if (!m_strCueName.empty())
-    {
-        SetCue(m_strCueName);
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream,
+                      [&]
+                      {
+                          if (!m_strCueName.empty())
+                          {
+                              SetCue(m_strCueName);
+                          }
+                      });
 }
 
 void CSoundSceneEntity::InitNew()

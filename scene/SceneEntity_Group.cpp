@@ -40,19 +40,12 @@ bool CGroupSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CGroupSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CGroupSceneEntity::Load(CIOStream& stream, bool)
 {
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [] {});
 }
 
 void CGroupSceneEntity::SetTransform(const CMatrix44& mTransform)

@@ -82,24 +82,20 @@ bool CLightSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CLightSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CLightSceneEntity::Load(CIOStream& stream, bool)
 {
     DeleteLight();
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    if (m_uHasLight)
-    {
-        CreateLight();
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream,
+                      [&]
+                      {
+                          if (m_uHasLight)
+                          {
+                              CreateLight();
+                          }
+                      });
 }
 
 bool CLightSceneEntity::CreateLight()

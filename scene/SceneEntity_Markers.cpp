@@ -37,19 +37,12 @@ bool CLocatorSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CLocatorSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CLocatorSceneEntity::Load(CIOStream& stream, bool)
 {
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [] {});
 }
 
 void CLocatorSceneEntity::GetBoundingBox(CBox3& box) const
@@ -92,19 +85,12 @@ bool CTriggerSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CTriggerSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CTriggerSceneEntity::Load(CIOStream& stream, bool)
 {
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [] {});
 }
 
 void CTriggerSceneEntity::GetBoundingBox(CBox3& box) const
@@ -145,19 +131,12 @@ bool CCameraSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CCameraSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CCameraSceneEntity::Load(CIOStream& stream, bool)
 {
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [] {});
 }
 
 void CCameraSceneEntity::GetBoundingBox(CBox3& box) const
@@ -224,19 +203,12 @@ bool CGameObjectSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CGameObjectSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CGameObjectSceneEntity::Load(CIOStream& stream, bool)
 {
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [] {});
 }
 
 void CGameObjectSceneEntity::SetRenderObject(Kestrin::Ext::CLodMeshRenderObject* pObject)

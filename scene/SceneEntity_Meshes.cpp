@@ -316,26 +316,22 @@ bool CStaticMeshSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CStaticMeshSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CStaticMeshSceneEntity::Load(CIOStream& stream, bool bAsync)
 {
     m_parts.DeleteRenderObject();
     m_parts.ReleasePhysics();
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    if (!m_parts.m_strMeshFile.empty())
-    {
-        CreateRenderObject(m_parts.m_strMeshFile, bAsync);
-    }
-    m_parts.LoadCollision(m_mTransform);
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream,
+                      [&]
+                      {
+                          if (!m_parts.m_strMeshFile.empty())
+                          {
+                              CreateRenderObject(m_parts.m_strMeshFile, bAsync);
+                          }
+                          m_parts.LoadCollision(m_mTransform);
+                      });
 }
 
 bool CStaticMeshSceneEntity::CreateRenderObject(const std::string& strFile, bool bAsync)
@@ -572,8 +568,7 @@ bool CClothSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CClothSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CClothSceneEntity::Load(CIOStream& stream, bool bAsync)
@@ -581,18 +576,15 @@ bool CClothSceneEntity::Load(CIOStream& stream, bool bAsync)
     m_parts.DeleteRenderObject();
     m_parts.ReleasePhysics();
     DeleteClothObject();
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    if (!m_parts.m_strMeshFile.empty())
-    {
-        CreateRenderObject(m_parts.m_strMeshFile, bAsync);
-    }
-    m_parts.LoadCollision(m_mTransform);
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream,
+                      [&]
+                      {
+                          if (!m_parts.m_strMeshFile.empty())
+                          {
+                              CreateRenderObject(m_parts.m_strMeshFile, bAsync);
+                          }
+                          m_parts.LoadCollision(m_mTransform);
+                      });
 }
 
 bool CClothSceneEntity::CreateRenderObject(const std::string& strFile, bool bAsync)

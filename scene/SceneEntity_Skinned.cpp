@@ -79,24 +79,20 @@ bool CSkinnedMeshSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CSkinnedMeshSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CSkinnedMeshSceneEntity::Load(CIOStream& stream, bool)
 {
     DeleteCharacter();
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    if (!m_strConfigFile.empty())
-    {
-        CreateCharacter(m_strConfigFile);
-    }
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream,
+                      [&]
+                      {
+                          if (!m_strConfigFile.empty())
+                          {
+                              CreateCharacter(m_strConfigFile);
+                          }
+                      });
 }
 
 bool CSkinnedMeshSceneEntity::CreateCharacter(const std::string& strConfigFile)

@@ -73,21 +73,13 @@ bool COccluderSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool COccluderSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool COccluderSceneEntity::Load(CIOStream& stream, bool)
 {
     DeleteOccluder();
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    CreateOccluder();
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [&] { CreateOccluder(); });
 }
 
 void COccluderSceneEntity::CreateOccluder()
@@ -171,21 +163,13 @@ bool CPortalSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CPortalSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CPortalSceneEntity::Load(CIOStream& stream, bool)
 {
     DeletePortal();
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    CreatePortal();
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [&] { CreatePortal(); });
 }
 
 void CPortalSceneEntity::CreatePortal()
@@ -296,21 +280,13 @@ bool CZoneSceneEntity::TransferRecord(CSceneRecordIO& io)
 
 bool CZoneSceneEntity::Save(CIOStream& stream)
 {
-    CSceneRecordIO io(stream, false);
-    return TransferRecord(io);
+    return SaveRecord(*this, stream);
 }
 
 bool CZoneSceneEntity::Load(CIOStream& stream, bool)
 {
     DeleteZone();
-    CSceneRecordIO io(stream, true);
-    if (!TransferRecord(io))
-    {
-        return false;
-    }
-    CreateZone();
-    FinishLoad();
-    return true;
+    return LoadRecord(*this, stream, [&] { CreateZone(); });
 }
 
 void CZoneSceneEntity::CreateZone()
