@@ -1,31 +1,16 @@
 #include "editor_common/EditorCamera.h"
 
+#include "engine/utility/tests/MathExpect.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 using namespace Kestrin::Utility;
+using MathExpect::ExpectNear;
 
 namespace
 {
-void ExpectNear(const CVec3& a, const CVec3& b, float eps = 1e-4f)
-{
-    EXPECT_NEAR(a.x, b.x, eps);
-    EXPECT_NEAR(a.y, b.y, eps);
-    EXPECT_NEAR(a.z, b.z, eps);
-}
-
-void ExpectNear(const CMatrix44& a, const CMatrix44& b, float eps = 1e-4f)
-{
-    for (int i = 0; i < 4; ++i)
-    {
-        for (int j = 0; j < 4; ++j)
-        {
-            EXPECT_NEAR(a.m[i][j], b.m[i][j], eps) << "at " << i << "," << j;
-        }
-    }
-}
-
 // 40 ms: the longest frame, where the mouse easing takes the input at once.
 constexpr float LONG_FRAME = 0.04f;
 

@@ -1,6 +1,8 @@
 #include "editor_common/Gizmo.h"
 #include "editor_common/EditorCamera.h"
 
+#include "engine/utility/tests/MathExpect.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,26 +11,12 @@
 using namespace Kestrin::Utility;
 using Kestrin::Plotter::CRecordingPlotter2D;
 using Kestrin::Plotter::CRecordingPlotter3D;
+using MathExpect::ExpectNear;
 
 namespace
 {
-void ExpectNear(const CVec3& a, const CVec3& b, float eps = 1e-4f)
-{
-    EXPECT_NEAR(a.x, b.x, eps);
-    EXPECT_NEAR(a.y, b.y, eps);
-    EXPECT_NEAR(a.z, b.z, eps);
-}
-
-void ExpectNear(const CMatrix44& a, const CMatrix44& b, float eps = 1e-4f)
-{
-    for (int i = 0; i < 4; ++i)
-    {
-        for (int j = 0; j < 4; ++j)
-        {
-            EXPECT_NEAR(a.m[i][j], b.m[i][j], eps) << "at " << i << "," << j;
-        }
-    }
-}
+// The gizmo's positions and planes are compared at this tolerance.
+constexpr float TOLERANCE = 1e-4f;
 
 struct CView
 {
@@ -226,8 +214,8 @@ TEST(Gizmo, HandlesFollowTheSpace)
     gizmo.SetSpace(CGizmo::SPACE_WORLD);
     EXPECT_EQ(gizmo.HoverAxis(ToPixel(top, {0, 1.5f * s, 0})), CGizmo::AXIS_Y);
     COrientedBox box = gizmo.GetHandleBox(CGizmo::AXIS_X);
-    ExpectNear(box.vCenter, {s, 0, 0});
-    ExpectNear(box.vHalf, {s, 0.06f * s, 0.06f * s});
+    ExpectNear(box.vCenter, {s, 0, 0}, TOLERANCE);
+    ExpectNear(box.vHalf, {s, 0.06f * s, 0.06f * s}, TOLERANCE);
 }
 
 TEST(Gizmo, PlateDragInTopMovesOnlyInXAndY)
@@ -240,7 +228,7 @@ TEST(Gizmo, PlateDragInTopMovesOnlyInXAndY)
     CVec2 start = ToPixel(top, {10, 20, 30});
     ASSERT_TRUE(gizmo.Begin(start));
     EXPECT_EQ(gizmo.GetAxis(), CGizmo::AXIS_CENTER);
-    ExpectNear(gizmo.GetDragPlane().Normal(), {0, 0, 1});
+    ExpectNear(gizmo.GetDragPlane().Normal(), {0, 0, 1}, TOLERANCE);
     ASSERT_TRUE(gizmo.Drag(Offset(start, 37, -53)));
     CMatrix44 m;
     gizmo.GetMatrix(m);
@@ -278,10 +266,10 @@ TEST(Gizmo, DragPlanesPerView)
     CVec2 onX = ToPixel(front, {1.5f * s, 0, 0});
     ASSERT_TRUE(gizmo.Begin(onX));
     ASSERT_EQ(gizmo.GetAxis(), CGizmo::AXIS_X);
-    ExpectNear(gizmo.GetDragPlane().Normal(), {0, -1, 0});
+    ExpectNear(gizmo.GetDragPlane().Normal(), {0, -1, 0}, TOLERANCE);
     ASSERT_TRUE(gizmo.Drag(Offset(onX, -40, 25)));
     gizmo.GetMatrix(m);
-    ExpectNear(m.GetTranslation(), {40, 0, 0}); // right is -x in "Front"; up and down is ignored
+    ExpectNear(m.GetTranslation(), {40, 0, 0}, TOLERANCE); // right is -x in "Front"; up and down is ignored
     EXPECT_STREQ(gizmo.GetReadout(), "(40.00, 0.00, 0.00)");
     gizmo.End();
 
@@ -295,7 +283,7 @@ TEST(Gizmo, DragPlanesPerView)
     ASSERT_EQ(gizmo.GetAxis(), CGizmo::AXIS_Z);
     CVec3 vForward = Normalize(CVec3{-100, -100, -50});
     CVec3 vExpected = Normalize(Cross({0, 0, 1}, Cross({0, 0, 1}, vForward)));
-    ExpectNear(gizmo.GetDragPlane().Normal(), vExpected);
+    ExpectNear(gizmo.GetDragPlane().Normal(), vExpected, TOLERANCE);
     ASSERT_TRUE(gizmo.Drag(Offset(onZ, 15, -30)));
     gizmo.GetMatrix(m);
     EXPECT_EQ(m.GetTranslation().x, 0.0f);
@@ -356,7 +344,7 @@ TEST(Gizmo, RotateSnapsInDegrees)
     ASSERT_TRUE(gizmo.Begin(onZ));
     ASSERT_EQ(gizmo.GetAxis(), CGizmo::AXIS_Z);
     // The rotate plane faces the camera 100 units before it.
-    ExpectNear(gizmo.GetDragPlane().Normal(), {0, 1, 0});
+    ExpectNear(gizmo.GetDragPlane().Normal(), {0, 1, 0}, TOLERANCE);
     EXPECT_NEAR(gizmo.GetStartPoint().y, -CEditorCamera::VIEW_DISTANCE + 100.0f, 1e-2f);
     // Seven pixels up is 0.35 radians, 20.05 degrees.
     ASSERT_TRUE(gizmo.Drag(Offset(onZ, 0, -7)));
@@ -468,7 +456,7 @@ TEST(Gizmo, ScaleAlongAnArmAndItsFloor)
     CVec2 centre = ToPixel(front, {0, 0, 0});
     ASSERT_TRUE(gizmo.Begin(centre));
     ASSERT_EQ(gizmo.GetAxis(), CGizmo::AXIS_CENTER);
-    ExpectNear(gizmo.GetDragPlane().Normal(), {0, 1, 0});
+    ExpectNear(gizmo.GetDragPlane().Normal(), {0, 1, 0}, TOLERANCE);
     ASSERT_TRUE(gizmo.Drag(Offset(centre, 50, -48)));
     ExpectNear(gizmo.GetScale(), {1.2f, 2.4f, 1.2f}, 1e-5f);
 }
@@ -505,8 +493,8 @@ TEST(Gizmo, BeginAtDragsTheCentreFromThePickedPoint)
     ASSERT_TRUE(gizmo.BeginAt(mouse, hit));
     EXPECT_EQ(gizmo.GetAxis(), CGizmo::AXIS_CENTER);
     EXPECT_TRUE(gizmo.IsDragging());
-    ExpectNear(gizmo.GetStartPoint(), hit);
-    ExpectNear(gizmo.GetDragPlane().Normal(), {0, 0, 1});
+    ExpectNear(gizmo.GetStartPoint(), hit, TOLERANCE);
+    ExpectNear(gizmo.GetDragPlane().Normal(), {0, 0, 1}, TOLERANCE);
     EXPECT_NEAR(PlaneDot(gizmo.GetDragPlane(), hit), 0.0f, 1e-4f);
     ASSERT_TRUE(gizmo.Drag(Offset(mouse, 20, 10)));
     CMatrix44 m;

@@ -2,11 +2,14 @@
 #include "import/ColladaFile.h"
 #include "import/tests/ColladaTestDocs.h"
 
+#include "engine/utility/tests/MathExpect.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
 
 using namespace Kestrin::Utility;
+using MathExpect::ExpectNear;
 using Semantic = CColladaFile::Semantic;
 
 namespace
@@ -16,23 +19,6 @@ bool Load(CColladaFile& file, const char* pcText)
     return file.ReadMemory(pcText, strlen(pcText));
 }
 
-void ExpectNear(const CVec3& a, const CVec3& b, float fTolerance = 1e-5f)
-{
-    EXPECT_NEAR(a.x, b.x, fTolerance);
-    EXPECT_NEAR(a.y, b.y, fTolerance);
-    EXPECT_NEAR(a.z, b.z, fTolerance);
-}
-
-void ExpectNear(const CMatrix44& a, const CMatrix44& b, float fTolerance = 1e-5f)
-{
-    for (int r = 0; r < 4; ++r)
-    {
-        for (int c = 0; c < 4; ++c)
-        {
-            EXPECT_NEAR(a.m[r][c], b.m[r][c], fTolerance) << "row " << r << " column " << c;
-        }
-    }
-}
 } // namespace
 
 // ---------------------------------------------------------------------------------------
