@@ -15,7 +15,7 @@
 
 #include "Utils/Utility/GUtDebug.h"
 #include "Utils/Utility/GUtTimer.h"
-#include "app/tests/TestClock.h"
+#include "app/tests/StartedAppTest.h"
 
 #include <gtest/gtest.h>
 
@@ -29,60 +29,9 @@ namespace RD = Kestrin::RenderDevice;
 
 namespace
 {
-std::vector<std::string> g_boxes;
-
-void RecordBox(const char* pcCaption, const char* pcText)
-{
-    g_boxes.push_back(std::string("[") + pcCaption + "] " + pcText);
-}
-
-void NoSleep(int iMilliseconds)
-{
-    GUtGetClock(); // the test's clock stands still; frames take no time
-    (void)iMilliseconds;
-}
-
-class CQuietFactory final : public CEditorAppFactory
-{
-public:
-    CInputDevice* CreateInputDevice() override { return new CWinInputDevice(nullptr); }
-};
-
 // A started application on the null devices in a folder of its own.
-class AppPartsTest : public ::testing::Test
+class AppPartsTest : public CStartedAppTest
 {
-protected:
-    void SetUp() override
-    {
-        m_old = std::filesystem::current_path();
-        m_dir = std::filesystem::temp_directory_path() /
-                ("appparts_" + std::to_string(getpid()) + "_" +
-                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::create_directories(m_dir);
-        std::filesystem::current_path(m_dir);
-        g_boxes.clear();
-        GUtSetMessageBoxHandler(&RecordBox);
-        GUtSetClock(&m_clock);
-        m_pApp = new CEditorApp();
-        m_pApp->SetNullDevices(true);
-        m_pApp->SetFactory(&m_factory);
-        m_pApp->SetSleepFunction(&NoSleep);
-        ASSERT_TRUE(m_pApp->Initialize(0, nullptr));
-    }
-    void TearDown() override
-    {
-        delete m_pApp;
-        GUtSetClock(nullptr);
-        GUtSetMessageBoxHandler(nullptr);
-        std::filesystem::current_path(m_old);
-        std::filesystem::remove_all(m_dir);
-    }
-
-    std::filesystem::path m_old;
-    std::filesystem::path m_dir;
-    CThreadSafeManualClock m_clock;
-    CQuietFactory m_factory;
-    CEditorApp* m_pApp = nullptr;
 };
 } // namespace
 

@@ -3,7 +3,7 @@
 #include "app/EditorApp.h"
 #include "app/NullEngine.h"
 #include "app/WinInputDevice.h"
-#include "app/tests/TestClock.h"
+#include "app/tests/StartedAppTest.h"
 #include "engine/ext/Console.h"
 #include "engine/fx/FxPlayer.h"
 #include "engine/utility/AsyncLoader.h"
@@ -22,55 +22,20 @@ using namespace Ovrel;
 
 namespace
 {
-std::vector<std::string> g_boxes;
-
-void RecordBox(const char* pcCaption, const char* pcText)
-{
-    g_boxes.push_back(std::string("[") + pcCaption + "] " + pcText);
-}
-
-void NoSleep(int iMilliseconds)
-{
-    (void)iMilliseconds;
-}
-
-class CQuietFactory final : public CEditorAppFactory
-{
-public:
-    CInputDevice* CreateInputDevice() override { return new CWinInputDevice(nullptr); }
-};
-
 // A started application whose console lines are typed and run by the next frame.
-class ConsoleCommandsTest : public ::testing::Test
+class ConsoleCommandsTest : public CStartedAppTest
 {
 protected:
     void SetUp() override
     {
-        m_old = std::filesystem::current_path();
-        m_dir = std::filesystem::temp_directory_path() /
-                ("commands_" + std::to_string(getpid()) + "_" +
-                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::create_directories(m_dir);
-        std::filesystem::current_path(m_dir);
-        g_boxes.clear();
-        GUtSetMessageBoxHandler(&RecordBox);
-        GUtSetClock(&m_clock);
-        m_pApp = new CEditorApp();
-        m_pApp->SetNullDevices(true);
-        m_pApp->SetFactory(&m_factory);
-        m_pApp->SetSleepFunction(&NoSleep);
-        ASSERT_TRUE(m_pApp->Initialize(0, nullptr));
+        CStartedAppTest::SetUp();
+        if (HasFatalFailure())
+        {
+            return;
+        }
         m_pApp->StartLoop();
         m_pConsole = m_pApp->GetConsole();
         m_pConsole->OnChar('\\'); // open for input
-    }
-    void TearDown() override
-    {
-        delete m_pApp;
-        GUtSetClock(nullptr);
-        GUtSetMessageBoxHandler(nullptr);
-        std::filesystem::current_path(m_old);
-        std::filesystem::remove_all(m_dir);
     }
 
     // Types the line, presses enter and runs one frame.
@@ -109,11 +74,6 @@ protected:
         return lines.empty() ? std::string() : lines.back();
     }
 
-    std::filesystem::path m_old;
-    std::filesystem::path m_dir;
-    CThreadSafeManualClock m_clock;
-    CQuietFactory m_factory;
-    CEditorApp* m_pApp = nullptr;
     Kestrin::Ext::CConsole* m_pConsole = nullptr;
 };
 } // namespace

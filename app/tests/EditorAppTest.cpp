@@ -16,7 +16,7 @@
 
 #include "Utils/Utility/GUtDebug.h"
 #include "Utils/Utility/GUtTimer.h"
-#include "app/tests/TestClock.h"
+#include "app/tests/StartedAppTest.h"
 
 #include <gtest/gtest.h>
 
@@ -32,13 +32,7 @@ namespace WM = Kestrin::RenderDevice::WindowMessage;
 
 namespace
 {
-std::vector<std::string> g_boxes;
 CThreadSafeManualClock* g_pClock = nullptr;
-
-void RecordBox(const char* pcCaption, const char* pcText)
-{
-    g_boxes.push_back(std::string("[") + pcCaption + "] " + pcText);
-}
 
 void AdvanceClock(int iMilliseconds)
 {
@@ -169,29 +163,14 @@ std::string ReadFile(const std::filesystem::path& path)
     return s.str();
 }
 
-class EditorAppTest : public ::testing::Test
+class EditorAppTest : public CAppFolderTest
 {
 protected:
     void SetUp() override
     {
-        m_old = std::filesystem::current_path();
-        m_dir = std::filesystem::temp_directory_path() /
-                ("editorapp_" + std::to_string(getpid()) + "_" +
-                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::create_directories(m_dir);
-        std::filesystem::current_path(m_dir);
-        g_boxes.clear();
-        GUtSetMessageBoxHandler(&RecordBox);
+        CAppFolderTest::SetUp();
         m_clock.SetMilliseconds(1000.0);
         g_pClock = &m_clock;
-        GUtSetClock(&m_clock);
-    }
-    void TearDown() override
-    {
-        GUtSetClock(nullptr);
-        GUtSetMessageBoxHandler(nullptr);
-        std::filesystem::current_path(m_old);
-        std::filesystem::remove_all(m_dir);
     }
 
     // An application on the null devices, with the test's factory, trace and clock.
@@ -203,9 +182,6 @@ protected:
         app.SetSleepFunction(&AdvanceClock);
     }
 
-    std::filesystem::path m_old;
-    std::filesystem::path m_dir;
-    CThreadSafeManualClock m_clock;
     CTestFactory m_factory;
     CRecordingTrace m_trace;
 };
