@@ -251,6 +251,61 @@ void CSceneMeshParts::SetTransform(const CMatrix44& mTransform)
 // ---------------------------------------------------------------------------------------
 // CStaticMeshSceneEntity
 
+CBox3 CSceneMeshParts::GetBoundingBox() const
+{
+    return m_pRenderObject ? m_pRenderObject->GetBoundingBox() : SceneEmptyBox();
+}
+
+bool CSceneMeshParts::HitTest(const CVec3& vStart, const CVec3& vDirection, bool bExact,
+                              float& fDistance) const
+{
+    return m_pRenderObject && m_pRenderObject->HitTest(vStart, vDirection, bExact, fDistance);
+}
+
+void CSceneMeshParts::SetVisible(bool bVisible)
+{
+    if (m_pRenderObject)
+    {
+        m_pRenderObject->SetVisible(bVisible);
+    }
+}
+
+void CSceneMeshParts::SetLayer(int32_t iLayer)
+{
+    if (m_pRenderObject)
+    {
+        m_pRenderObject->SetChannelMask(LayerBit(iLayer));
+    }
+}
+
+int32_t CSceneMeshParts::ApplyLightMap(int32_t iIndex, int32_t iEntityId, bool bColor)
+{
+    const CAtlasEntry* pEntry = nullptr;
+    if (m_pScene)
+    {
+        pEntry = (bColor ? m_pScene->GetColorLightMaps() : m_pScene->GetLightMaps()).GetEntry(iIndex);
+        if (pEntry && pEntry->iEntityId != iEntityId)
+        {
+            pEntry = nullptr; // the rectangle is another entity's
+        }
+    }
+    if (m_pRenderObject)
+    {
+        Kestrin::Renderer::CTexture* pTexture = pEntry ? pEntry->pTexture : nullptr;
+        const CVec2 vOffset = pEntry ? pEntry->vOffset : CVec2{};
+        const CVec2 vScale = pEntry ? pEntry->vScale : CVec2{1.0f, 1.0f};
+        if (bColor)
+        {
+            m_pRenderObject->SetColorLightMap(pTexture, vOffset, vScale);
+        }
+        else
+        {
+            m_pRenderObject->SetLightMap(pTexture, vOffset, vScale);
+        }
+    }
+    return pEntry ? iIndex : -1;
+}
+
 CStaticMeshSceneEntity::CStaticMeshSceneEntity(CSceneContent* pScene) : CSceneEntity(pScene), m_parts(pScene)
 {
     m_bBoundsFromEngine = true;
@@ -374,35 +429,29 @@ void CStaticMeshSceneEntity::SetTransform(const CMatrix44& mTransform)
 
 void CStaticMeshSceneEntity::GetBoundingBox(CBox3& box) const
 {
-    box = m_parts.m_pRenderObject ? m_parts.m_pRenderObject->GetBoundingBox() : SceneEmptyBox();
+    box = m_parts.GetBoundingBox();
 }
 
 bool CStaticMeshSceneEntity::HitTest(const CVec3& vStart, const CVec3& vDirection, float& fDistance)
 {
-    return m_parts.m_pRenderObject && m_parts.m_pRenderObject->HitTest(vStart, vDirection, false, fDistance);
+    return m_parts.HitTest(vStart, vDirection, false, fDistance);
 }
 
 bool CStaticMeshSceneEntity::HitTestExact(const CVec3& vStart, const CVec3& vDirection, float& fDistance)
 {
-    return m_parts.m_pRenderObject && m_parts.m_pRenderObject->HitTest(vStart, vDirection, true, fDistance);
+    return m_parts.HitTest(vStart, vDirection, true, fDistance);
 }
 
 void CStaticMeshSceneEntity::SetVisible(bool bVisible)
 {
     CSceneEntity::SetVisible(bVisible);
-    if (m_parts.m_pRenderObject)
-    {
-        m_parts.m_pRenderObject->SetVisible(bVisible);
-    }
+    m_parts.SetVisible(bVisible);
 }
 
 void CStaticMeshSceneEntity::SetLayer(int32_t iLayer)
 {
     CSceneEntity::SetLayer(iLayer);
-    if (m_parts.m_pRenderObject)
-    {
-        m_parts.m_pRenderObject->SetChannelMask(LayerBit(iLayer));
-    }
+    m_parts.SetLayer(iLayer);
 }
 
 void CStaticMeshSceneEntity::SetResourceName(const std::string& strName)
@@ -410,46 +459,14 @@ void CStaticMeshSceneEntity::SetResourceName(const std::string& strName)
     CreateRenderObject(strName, false);
 }
 
-namespace
-{
-// The atlas rectangle of an entry, when it belongs to the entity; null otherwise.
-const CAtlasEntry* OwnEntry(const CAtlasTable& table, int32_t iIndex, int32_t iEntityId)
-{
-    const CAtlasEntry* pEntry = table.GetEntry(iIndex);
-    return (pEntry && pEntry->iEntityId == iEntityId) ? pEntry : nullptr;
-}
-} // namespace
-
 void CStaticMeshSceneEntity::ApplyLightMap(int32_t iIndex)
 {
-    m_iLightMapIndex = iIndex;
-    const CAtlasEntry* pEntry = m_pScene ? OwnEntry(m_pScene->GetLightMaps(), iIndex, m_iId) : nullptr;
-    if (!pEntry)
-    {
-        m_iLightMapIndex = -1;
-    }
-    if (m_parts.m_pRenderObject)
-    {
-        m_parts.m_pRenderObject->SetLightMap(pEntry ? pEntry->pTexture : nullptr,
-                                             pEntry ? pEntry->vOffset : CVec2{},
-                                             pEntry ? pEntry->vScale : CVec2{1.0f, 1.0f});
-    }
+    m_iLightMapIndex = m_parts.ApplyLightMap(iIndex, m_iId, false);
 }
 
 void CStaticMeshSceneEntity::ApplyColorLightMap(int32_t iIndex)
 {
-    m_iColorLightMapIndex = iIndex;
-    const CAtlasEntry* pEntry = m_pScene ? OwnEntry(m_pScene->GetColorLightMaps(), iIndex, m_iId) : nullptr;
-    if (!pEntry)
-    {
-        m_iColorLightMapIndex = -1;
-    }
-    if (m_parts.m_pRenderObject)
-    {
-        m_parts.m_pRenderObject->SetColorLightMap(pEntry ? pEntry->pTexture : nullptr,
-                                                  pEntry ? pEntry->vOffset : CVec2{},
-                                                  pEntry ? pEntry->vScale : CVec2{1.0f, 1.0f});
-    }
+    m_iColorLightMapIndex = m_parts.ApplyLightMap(iIndex, m_iId, true);
 }
 
 void CStaticMeshSceneEntity::SetShapes(const std::vector<CCollisionShapeRecord>& shapes)
@@ -619,18 +636,7 @@ void CClothSceneEntity::OnLoaded()
 
 void CClothSceneEntity::ApplyLightMap(int32_t iIndex)
 {
-    m_iLightMapIndex = iIndex;
-    const CAtlasEntry* pEntry = m_pScene ? OwnEntry(m_pScene->GetLightMaps(), iIndex, m_iId) : nullptr;
-    if (!pEntry)
-    {
-        m_iLightMapIndex = -1;
-    }
-    if (m_parts.m_pRenderObject)
-    {
-        m_parts.m_pRenderObject->SetLightMap(pEntry ? pEntry->pTexture : nullptr,
-                                             pEntry ? pEntry->vOffset : CVec2{},
-                                             pEntry ? pEntry->vScale : CVec2{1.0f, 1.0f});
-    }
+    m_iLightMapIndex = m_parts.ApplyLightMap(iIndex, m_iId, false);
 }
 
 void CClothSceneEntity::SetTransform(const CMatrix44& mTransform)
@@ -645,17 +651,17 @@ void CClothSceneEntity::SetTransform(const CMatrix44& mTransform)
 
 void CClothSceneEntity::GetBoundingBox(CBox3& box) const
 {
-    box = m_parts.m_pRenderObject ? m_parts.m_pRenderObject->GetBoundingBox() : SceneEmptyBox();
+    box = m_parts.GetBoundingBox();
 }
 
 bool CClothSceneEntity::HitTest(const CVec3& vStart, const CVec3& vDirection, float& fDistance)
 {
-    return m_parts.m_pRenderObject && m_parts.m_pRenderObject->HitTest(vStart, vDirection, false, fDistance);
+    return m_parts.HitTest(vStart, vDirection, false, fDistance);
 }
 
 bool CClothSceneEntity::HitTestExact(const CVec3& vStart, const CVec3& vDirection, float& fDistance)
 {
-    return m_parts.m_pRenderObject && m_parts.m_pRenderObject->HitTest(vStart, vDirection, true, fDistance);
+    return m_parts.HitTest(vStart, vDirection, true, fDistance);
 }
 
 void CClothSceneEntity::Update(float, float fDelta)
@@ -669,19 +675,13 @@ void CClothSceneEntity::Update(float, float fDelta)
 void CClothSceneEntity::SetVisible(bool bVisible)
 {
     CSceneEntity::SetVisible(bVisible);
-    if (m_parts.m_pRenderObject)
-    {
-        m_parts.m_pRenderObject->SetVisible(bVisible);
-    }
+    m_parts.SetVisible(bVisible);
 }
 
 void CClothSceneEntity::SetLayer(int32_t iLayer)
 {
     CSceneEntity::SetLayer(iLayer);
-    if (m_parts.m_pRenderObject)
-    {
-        m_parts.m_pRenderObject->SetChannelMask(LayerBit(iLayer));
-    }
+    m_parts.SetLayer(iLayer);
 }
 
 void CClothSceneEntity::SetResourceName(const std::string& strName)

@@ -61,6 +61,16 @@ public:
     // The collision file's data path: the name beside the mesh, keeping the mesh's folder.
     std::string GetCollisionPath() const;
 
+    // What the render object answers and takes: its box (empty without one), ray tests,
+    // visibility and the layer's channel bit.
+    CBox3 GetBoundingBox() const;
+    bool HitTest(const CVec3& vStart, const CVec3& vDirection, bool bExact, float& fDistance) const;
+    void SetVisible(bool bVisible);
+    void SetLayer(int32_t iLayer);
+    // Gives the render object the lightmap (or, bColor, the colour lightmap) of the table
+    // entry when the entry is the entity's; the index kept, or -1 when it is not.
+    int32_t ApplyLightMap(int32_t iIndex, int32_t iEntityId, bool bColor);
+
     Kestrin::Ext::CLodMeshRenderObject* m_pRenderObject = nullptr;
     Kestrin::Physics::CPhysicsObject* m_pPhysicsObject = nullptr;
     std::string m_strMeshFile;
