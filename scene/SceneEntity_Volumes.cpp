@@ -29,26 +29,8 @@ CBox3 VolumeBounds(const CRenderVolumeGeometry& geometry, const CMatrix44& mTran
     return TransformBox(local, mTransform);
 }
 
-namespace
-{
-// The shared steps of making a volume's engine object.
-void PushVolume(Kestrin::Ext::CRenderVolume& volume, const CRenderVolumeGeometry& geometry,
-                const CMatrix44& mTransform, uint8_t uActive)
-{
-    volume.SetGeometry(geometry);
-    volume.SetWorldTransform(mTransform);
-    volume.SetActive(uActive != 0);
-}
-
-} // namespace
-
 // ---------------------------------------------------------------------------------------
 // COccluderSceneEntity
-
-COccluderSceneEntity::~COccluderSceneEntity()
-{
-    DeleteOccluder();
-}
 
 bool COccluderSceneEntity::TransferRecord(CSceneRecordIO& io)
 {
@@ -61,13 +43,7 @@ bool COccluderSceneEntity::TransferRecord(CSceneRecordIO& io)
         io.Fail();
         return false;
     }
-    io.Matrix("transform", m_mTransform);
-    io.U8("hasShape", m_uHasShape);
-    if (m_uHasShape)
-    {
-        io.U8("active", m_uActive);
-        TransferVolumeGeometry(io, m_geometry);
-    }
+    m_volume.Transfer(io, [&] { io.U8("active", m_uActive); });
     return io.Ok();
 }
 
@@ -78,66 +54,34 @@ bool COccluderSceneEntity::Save(CIOStream& stream)
 
 bool COccluderSceneEntity::Load(CIOStream& stream, bool)
 {
-    DeleteOccluder();
-    return LoadRecord(*this, stream, [&] { CreateOccluder(); });
+    m_volume.Delete();
+    return LoadRecord(*this, stream, [this] { CreateOccluder(); });
 }
 
 void COccluderSceneEntity::CreateOccluder()
 {
-    DeleteOccluder();
-    Kestrin::Ext::CRenderWorld* pWorld = m_pScene ? m_pScene->GetRenderWorld() : nullptr;
-    if (!pWorld || !m_uHasShape)
-    {
-        return;
-    }
-    m_pOccluder = pWorld->CreateOccluder();
-    if (m_pOccluder)
-    {
-        PushVolume(*m_pOccluder, m_geometry, m_mTransform, m_uActive);
-    }
-}
-
-void COccluderSceneEntity::DeleteOccluder()
-{
-    if (m_pOccluder)
-    {
-        m_pOccluder->Release();
-        m_pOccluder = nullptr;
-    }
+    m_volume.Create(m_pScene ? m_pScene->GetRenderWorld() : nullptr,
+                    &Kestrin::Ext::CRenderWorld::CreateOccluder, m_uActive != 0);
 }
 
 void COccluderSceneEntity::SetGeometry(const CRenderVolumeGeometry& geometry)
 {
-    m_geometry = geometry;
-    m_uHasShape = 1;
+    m_volume.geometry = geometry;
+    m_volume.uHasShape = 1;
     CreateOccluder();
 }
 
 void COccluderSceneEntity::SetActive(bool bActive)
 {
     m_uActive = bActive ? 1 : 0;
-    if (m_pOccluder)
+    if (m_volume.pObject)
     {
-        m_pOccluder->SetActive(bActive);
-    }
-}
-
-void COccluderSceneEntity::SetTransform(const CMatrix44& mTransform)
-{
-    m_mTransform = mTransform;
-    if (m_pOccluder)
-    {
-        m_pOccluder->SetWorldTransform(mTransform);
+        m_volume.pObject->SetActive(bActive);
     }
 }
 
 // ---------------------------------------------------------------------------------------
 // CPortalSceneEntity
-
-CPortalSceneEntity::~CPortalSceneEntity()
-{
-    DeletePortal();
-}
 
 bool CPortalSceneEntity::TransferRecord(CSceneRecordIO& io)
 {
@@ -150,14 +94,12 @@ bool CPortalSceneEntity::TransferRecord(CSceneRecordIO& io)
         io.Fail();
         return false;
     }
-    io.Matrix("transform", m_mTransform);
-    io.U8("hasShape", m_uHasShape);
-    if (m_uHasShape)
-    {
-        io.U8("active", m_uActive);
-        io.U8("passLight", m_uPassLight);
-        TransferVolumeGeometry(io, m_geometry);
-    }
+    m_volume.Transfer(io,
+                      [&]
+                      {
+                          io.U8("active", m_uActive);
+                          io.U8("passLight", m_uPassLight);
+                      });
     return io.Ok();
 }
 
@@ -168,66 +110,41 @@ bool CPortalSceneEntity::Save(CIOStream& stream)
 
 bool CPortalSceneEntity::Load(CIOStream& stream, bool)
 {
-    DeletePortal();
-    return LoadRecord(*this, stream, [&] { CreatePortal(); });
+    m_volume.Delete();
+    return LoadRecord(*this, stream, [this] { CreatePortal(); });
 }
 
 void CPortalSceneEntity::CreatePortal()
 {
-    DeletePortal();
-    Kestrin::Ext::CRenderWorld* pWorld = m_pScene ? m_pScene->GetRenderWorld() : nullptr;
-    if (!pWorld || !m_uHasShape)
+    if (m_volume.Create(m_pScene ? m_pScene->GetRenderWorld() : nullptr,
+                        &Kestrin::Ext::CRenderWorld::CreatePortal, m_uActive != 0))
     {
-        return;
-    }
-    m_pPortal = pWorld->CreatePortal();
-    if (m_pPortal)
-    {
-        PushVolume(*m_pPortal, m_geometry, m_mTransform, m_uActive);
-        m_pPortal->SetPassLight(m_uPassLight != 0);
-    }
-}
-
-void CPortalSceneEntity::DeletePortal()
-{
-    if (m_pPortal)
-    {
-        m_pPortal->Release();
-        m_pPortal = nullptr;
+        m_volume.pObject->SetPassLight(m_uPassLight != 0);
     }
 }
 
 void CPortalSceneEntity::SetGeometry(const CRenderVolumeGeometry& geometry)
 {
-    m_geometry = geometry;
-    m_uHasShape = 1;
+    m_volume.geometry = geometry;
+    m_volume.uHasShape = 1;
     CreatePortal();
 }
 
 void CPortalSceneEntity::SetActive(bool bActive)
 {
     m_uActive = bActive ? 1 : 0;
-    if (m_pPortal)
+    if (m_volume.pObject)
     {
-        m_pPortal->SetActive(bActive);
+        m_volume.pObject->SetActive(bActive);
     }
 }
 
 void CPortalSceneEntity::SetPassLight(bool bPassLight)
 {
     m_uPassLight = bPassLight ? 1 : 0;
-    if (m_pPortal)
+    if (m_volume.pObject)
     {
-        m_pPortal->SetPassLight(bPassLight);
-    }
-}
-
-void CPortalSceneEntity::SetTransform(const CMatrix44& mTransform)
-{
-    m_mTransform = mTransform;
-    if (m_pPortal)
-    {
-        m_pPortal->SetWorldTransform(mTransform);
+        m_volume.pObject->SetPassLight(bPassLight);
     }
 }
 
@@ -244,11 +161,6 @@ CZoneSceneEntity::CZoneSceneEntity(CSceneContent* pScene) : CSceneEntity(pScene)
     }
 }
 
-CZoneSceneEntity::~CZoneSceneEntity()
-{
-    DeleteZone();
-}
-
 bool CZoneSceneEntity::TransferRecord(CSceneRecordIO& io)
 {
     if (!TransferBase(io))
@@ -260,21 +172,19 @@ bool CZoneSceneEntity::TransferRecord(CSceneRecordIO& io)
         io.Fail();
         return false;
     }
-    io.Matrix("transform", m_mTransform);
-    io.U8("hasShape", m_uHasShape);
-    if (m_uHasShape)
-    {
-        io.Vec3("color1", m_avColors[0]);
-        io.Vec3("color2", m_avColors[1]);
-        if (io.Since(101))
-        {
-            io.Vec3("color3", m_avColors[2]);
-            io.Vec3("color4", m_avColors[3]);
-            io.Vec3("color5", m_avColors[4]);
-            io.Vec3("color6", m_avColors[5]);
-        }
-        TransferVolumeGeometry(io, m_geometry);
-    }
+    m_volume.Transfer(io,
+                      [&]
+                      {
+                          io.Vec3("color1", m_avColors[0]);
+                          io.Vec3("color2", m_avColors[1]);
+                          if (io.Since(101))
+                          {
+                              io.Vec3("color3", m_avColors[2]);
+                              io.Vec3("color4", m_avColors[3]);
+                              io.Vec3("color5", m_avColors[4]);
+                              io.Vec3("color6", m_avColors[5]);
+                          }
+                      });
     return io.Ok();
 }
 
@@ -285,39 +195,23 @@ bool CZoneSceneEntity::Save(CIOStream& stream)
 
 bool CZoneSceneEntity::Load(CIOStream& stream, bool)
 {
-    DeleteZone();
-    return LoadRecord(*this, stream, [&] { CreateZone(); });
+    m_volume.Delete();
+    return LoadRecord(*this, stream, [this] { CreateZone(); });
 }
 
 void CZoneSceneEntity::CreateZone()
 {
-    DeleteZone();
-    Kestrin::Ext::CRenderWorld* pWorld = m_pScene ? m_pScene->GetRenderWorld() : nullptr;
-    if (!pWorld || !m_uHasShape)
+    if (m_volume.Create(m_pScene ? m_pScene->GetRenderWorld() : nullptr,
+                        &Kestrin::Ext::CRenderWorld::CreateZone, true))
     {
-        return;
-    }
-    m_pZone = pWorld->CreateZone();
-    if (m_pZone)
-    {
-        PushVolume(*m_pZone, m_geometry, m_mTransform, 1);
-        m_pZone->SetColors(m_avColors);
-    }
-}
-
-void CZoneSceneEntity::DeleteZone()
-{
-    if (m_pZone)
-    {
-        m_pZone->Release();
-        m_pZone = nullptr;
+        m_volume.pObject->SetColors(m_avColors);
     }
 }
 
 void CZoneSceneEntity::SetGeometry(const CRenderVolumeGeometry& geometry)
 {
-    m_geometry = geometry;
-    m_uHasShape = 1;
+    m_volume.geometry = geometry;
+    m_volume.uHasShape = 1;
     CreateZone();
 }
 
@@ -328,18 +222,9 @@ void CZoneSceneEntity::SetColor(int32_t iIndex, const CVec3& vColor)
         return;
     }
     m_avColors[iIndex] = vColor;
-    if (m_pZone)
+    if (m_volume.pObject)
     {
-        m_pZone->SetColors(m_avColors);
-    }
-}
-
-void CZoneSceneEntity::SetTransform(const CMatrix44& mTransform)
-{
-    m_mTransform = mTransform;
-    if (m_pZone)
-    {
-        m_pZone->SetWorldTransform(mTransform);
+        m_volume.pObject->SetColors(m_avColors);
     }
 }
 
